@@ -1,0 +1,6 @@
+#ifndef TELEMETRY_H
+#define TELEMETRY_H
+
+#include <stdint.h>
+
+#endif

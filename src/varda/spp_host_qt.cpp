@@ -1,0 +1,60 @@
+#include "spp_host_qt.h"
+
+#include "crc_ccitt.h"
+#include "varda_packets.h"
+
+SppHost::SppHost(QObject *parent)
+    : QObject(parent)
+{
+}
+
+void SppHost::setSource(const QString &source)
+{
+    m_source = source;
+}
+
+void SppHost::parse(uint8_t byte)
+{
+    if (vrd_frame_rx_byte(&VARDA_SPP_FORMAT, d, &d_len, &d_target, &state, byte))
+        emit newPacket(d[3], d + SPP_HEADER_LEN, uint16_t(d_len - SPP_HEADER_LEN), m_source);
+}
+
+// Fills start and CRC of a frame whose type, length and payload are in place.
+static void sealFrame(QByteArray &frame)
+{
+    uint16_t crc = 0xFFFF;
+    for (int i = 3; i < frame.size(); i++)
+        crc = crc_ccitt_byte(uint8_t(frame.at(i)), crc);
+    crc ^= 0xFFFF;
+    frame[0] = char(SPP_START);
+    frame[1] = char(crc & 0xFF);
+    frame[2] = char(crc >> 8);
+}
+
+QByteArray SppHost::packCommand(const QString &cmd)
+{
+    QByteArray frame(SPP_HEADER_LEN, '\0');
+    frame.append(cmd.toLocal8Bit());
+    frame[3] = char(SPP_TYPE_CMD);
+    frame[4] = char(cmd.length() & 0xFF);
+    sealFrame(frame);
+    return frame;
+}
+
+QByteArray SppHost::packTransmit(const uint8_t *data, unsigned len, uint8_t flags)
+{
+    if (len > VRD_MAX_PAYLOAD)
+        return QByteArray();
+    QByteArray frame(SPP_HEADER_LEN + 1, '\0');
+    frame.append(reinterpret_cast<const char *>(data), int(len));
+    frame[3] = char(SPP_TYPE_TX);
+    frame[4] = char(len + 1);
+    frame[5] = char(flags);
+    sealFrame(frame);
+    return frame;
+}
+
+QByteArray SppHost::packTransmit(const QByteArray &data, uint8_t flags)
+{
+    return packTransmit(reinterpret_cast<const uint8_t *>(data.constData()), unsigned(data.size()), flags);
+}

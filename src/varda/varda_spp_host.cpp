@@ -1,0 +1,35 @@
+#include "varda_spp_host.h"
+
+#include "crc_ccitt.h"
+#include "varda_frame_rx.h"
+
+const vrd_frame_fmt_t VARDA_SPP_FORMAT = {SPP_START, SPP_HEADER_LEN, SPP_MAX_FRAME};
+
+void varda_spp_init(spp_ctx_t *ctx, spp_data_cb_t data_cb)
+{
+    ctx->d_len = 0;
+    ctx->d_target = 0;
+    ctx->state = VRD_FRAME_START;
+    ctx->data_cb = data_cb;
+}
+
+void varda_spp_parse(spp_ctx_t *ctx, uint8_t byte)
+{
+    if (!vrd_frame_rx_byte(&VARDA_SPP_FORMAT, ctx->d, &ctx->d_len, &ctx->d_target, &ctx->state, byte))
+        return;
+    if (ctx->data_cb)
+        ctx->data_cb(ctx->d[3], ctx->d + SPP_HEADER_LEN, (uint16_t)(ctx->d_len - SPP_HEADER_LEN));
+}
+
+void varda_spp_fill_header(vrd_spphdr_t *hdr, uint8_t type, const uint8_t *d, uint8_t d_len)
+{
+    uint16_t crc = 0xFFFF;
+    crc = crc_ccitt_byte(type, crc);
+    crc = crc_ccitt_byte(d_len, crc);
+    for (uint16_t i = 0; i < d_len; i++)
+        crc = crc_ccitt_byte(d[i], crc);
+    hdr->start = SPP_START;
+    hdr->crc = crc ^ 0xFFFF;
+    hdr->pl_type = type;
+    hdr->pl_len = d_len;
+}
