@@ -16,7 +16,7 @@ public:
 
     // rssi 255 means unknown: no bar is placed.
     void addPacket(QAbstractItemView *view, const QString &callsign, const QString &path, int rssi, int size,
-                   const QString &ext_content);
+        const QString &ext_content);
 };
 
 #endif

@@ -13,6 +13,9 @@ class QStandardItemModel;
 class StationListModel;
 class VardaExtension;
 
+// "%u:%02u:%02u": hours unpadded, minutes and seconds two digits.
+QString toHms(unsigned int sec);
+
 // A heard station: its callsign (or IMEI), when it was last heard, by which
 // path, and the decoded content of its latest extension packet.
 class Station : public QObject
@@ -27,6 +30,7 @@ public:
     QString getTimeString() const;
     QStringList getPaths() const;
     quint32 getAge() const;
+    int getRssi() const;
 
     void update(const QDateTime &time, const VardaExtension &ext, const QStringList &paths);
     void updateTime(const QDateTime &time);

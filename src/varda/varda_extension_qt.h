@@ -40,8 +40,11 @@ public:
     void addData(const QByteArray &data);
     QByteArray getPacket() const;
 
-    // A complete src + dest + cmd_req packet; empty for a command of 204
-    // characters or more.
+    // Longest command packCommand accepts, in characters.
+    static constexpr int MAX_SIZE = 203;
+
+    // A complete src + dest + cmd_req packet; empty for a command longer
+    // than MAX_SIZE characters. The sequence number is always 123.
     static QByteArray packCommand(const QString &destination, const QString &source, const QString &command);
 
 private:

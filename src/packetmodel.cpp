@@ -1,0 +1,53 @@
+#include "packetmodel.h"
+
+#include <QAbstractItemView>
+#include <QProgressBar>
+#include <QStandardItem>
+
+namespace
+{
+
+const int MAX_ROWS = 200;
+const int RSSI_UNKNOWN = 255;
+const int RSSI_MIN_DBM = -140;
+const int RSSI_MAX_DBM = -20;
+
+enum Column { STATION, PATH, RSSI, SIZE, CONTENT, COLUMNS };
+
+// A value outside the range is refused by the bar, which then stays empty
+// and shows no text.
+QProgressBar *rssiBar(int rssi)
+{
+    auto *bar = new QProgressBar;
+    bar->setRange(RSSI_MIN_DBM, RSSI_MAX_DBM);
+    bar->setValue(rssi);
+    bar->setFormat("%v dBm");
+    return bar;
+}
+
+} // namespace
+
+packetModel::packetModel(QObject *parent)
+    : QStandardItemModel(0, COLUMNS, parent)
+{
+    const QStringList headers { "Station", "Path", "RSSI", "Size [B]", "Content" };
+    for (int column = 0; column < COLUMNS; column++)
+        setHorizontalHeaderItem(column, new QStandardItem(headers.at(column)));
+}
+
+void packetModel::addPacket(QAbstractItemView *view, const QString &callsign, const QString &path, int rssi,
+    int size, const QString &ext_content)
+{
+    insertRow(0);
+    if (!callsign.isEmpty())
+        setItem(0, STATION, new QStandardItem(callsign));
+    setItem(0, PATH, new QStandardItem(path));
+    // The view keeps its index widgets on persistent indexes: the bar moves
+    // down with its row and goes when the row is removed.
+    if (rssi != RSSI_UNKNOWN && view && view->model() == this)
+        view->setIndexWidget(index(0, RSSI), rssiBar(rssi));
+    setItem(0, SIZE, new QStandardItem(QString::number(size)));
+    setItem(0, CONTENT, new QStandardItem(ext_content));
+    while (rowCount() > MAX_ROWS)
+        removeRow(rowCount() - 1);
+}
