@@ -72,3 +72,12 @@ uint32_t cmd_interval_to_msec(uint8_t i)
         return (i - 60u) * 60000u;
     return (i - 120u) * 3600000u;
 }
+
+#include "nmea.h"
+
+void telemetry_nmea_to_postime(pos_time_t *out, const nmea_rmc *in)
+{
+    out->lat = int32_t(int64_t(in->latitude) * 100 / 60);
+    out->lon = int32_t(int64_t(in->longitude) * 100 / 60);
+    out->time = uint32_t(nmea_rmc_to_unixtimestamp(in));
+}

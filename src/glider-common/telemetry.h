@@ -315,4 +315,10 @@ static_assert(sizeof(datastore_action) == 4, "datastore_action is packed");
  * 121..255 hours (code - 120). */
 uint32_t cmd_interval_to_msec(uint8_t i);
 
+struct nmea_rmc;
+
+/* Position and time of an RMC record: 1/100000 arc minute to 1e-7 degree
+ * (x 100 / 60, truncated toward zero), date and time to Unix seconds. */
+void telemetry_nmea_to_postime(pos_time_t *out, const nmea_rmc *in);
+
 #endif
