@@ -1,0 +1,119 @@
+#include "iridiumtcp.h"
+
+#include <QCheckBox>
+#include <QDebug>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QtEndian>
+
+IridiumTcp::IridiumTcp(QPushButton *button, QLineEdit *host, QCheckBox *flush, QObject *parent)
+    : QObject(parent)
+    , m_socket(this)
+    , ui_button(button)
+    , ui_host(host)
+    , ui_flush(flush)
+{
+    connect(&m_socket, &QTcpSocket::readyRead, this, &IridiumTcp::readyRead);
+    connect(&m_socket, &QTcpSocket::connected, this, &IridiumTcp::setConnected);
+    connect(&m_socket, &QTcpSocket::disconnected, this, &IridiumTcp::setDisconnected);
+    connect(ui_button, &QPushButton::pressed, this, &IridiumTcp::connectPressed);
+}
+
+IridiumTcp::~IridiumTcp()
+{
+    // The widgets may already be gone while the owner is torn down.
+    m_socket.disconnect(this);
+    m_socket.close();
+}
+
+void IridiumTcp::connectPressed()
+{
+    if (m_socket.state() == QAbstractSocket::UnconnectedState)
+        m_socket.connectToHost(
+            ui_host->text(), GatewayPort, QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
+    else
+        m_socket.close();
+}
+
+void IridiumTcp::setConnected()
+{
+    ui_button->setText(tr("Disconnect"));
+    ui_host->setEnabled(false);
+    emit connectionStateChanged(true);
+}
+
+void IridiumTcp::setDisconnected()
+{
+    ui_button->setText(tr("Connect"));
+    ui_host->setEnabled(true);
+    emit connectionStateChanged(false);
+}
+
+int IridiumTcp::sendSBD(const QString &imei, const QByteArray &pl)
+{
+    QByteArray content = imei.toUtf8();
+    content.append(char(ui_flush->isChecked() ? 1 : 0));
+    content.append(pl);
+    qDebug() << "Sending" << pl.size() << "B over Iridium:" << pl;
+    return send(SBDTXRequest, content);
+}
+
+int IridiumTcp::sendPayload(const QString &callsign, const QByteArray &payload)
+{
+    if (callsign.size() > MaxCallsign) {
+        qWarning().noquote()
+            << QStringLiteral("Callsign si too large (%1): %2").arg(callsign.size()).arg(callsign);
+        return 0;
+    }
+    QByteArray content = callsign.toUtf8();
+    if (content.size() < CallsignField)
+        content.append(CallsignField - content.size(), '\0');
+    content.append(payload);
+    qDebug() << "Sending glider payload to relayhub";
+    return send(RawPayload, content);
+}
+
+int IridiumTcp::send(PacketType packetType, const QByteArray &data)
+{
+    iridium_msg_hdr_t hdr;
+    hdr.tot_length = qToLittleEndian(uint32_t(data.size()) + 4);
+    hdr.type = qToLittleEndian(uint32_t(packetType));
+    QByteArray message(reinterpret_cast<const char *>(&hdr), sizeof(hdr));
+    message.append(data);
+    return int(m_socket.write(message));
+}
+
+void IridiumTcp::readyRead()
+{
+    receive(m_socket.readAll());
+}
+
+void IridiumTcp::receive(const QByteArray &bytes)
+{
+    const int lengthField = int(sizeof(iridium_msg_hdr_t::tot_length));
+    m_buffer.append(bytes);
+    while (m_buffer.size() >= lengthField) {
+        const uint32_t totLength = qFromLittleEndian<uint32_t>(m_buffer.constData());
+        if (totLength > uint32_t(m_buffer.size() - lengthField))
+            return; // wait for the rest
+        const QByteArray packet = m_buffer.mid(lengthField, int(totLength));
+        m_buffer.remove(0, lengthField + int(totLength));
+        parsePacket(packet);
+    }
+}
+
+void IridiumTcp::parsePacket(const QByteArray &packet)
+{
+    const int typeField = int(sizeof(iridium_msg_hdr_t::type));
+    if (packet.size() < typeField) {
+        qWarning() << "Packet is malformed (too short)";
+        return;
+    }
+    if (qFromLittleEndian<uint32_t>(packet.constData()) != RawPayload)
+        return;
+    const QByteArray content = packet.mid(typeField);
+    const QString imei = QString::fromUtf8(content.left(ImeiLength));
+    const QByteArray data = content.mid(ImeiLength);
+    qDebug() << "Data from IMEI" << imei << "length" << data.size() << "content:" << data.toHex();
+    emit newData(imei, data);
+}
