@@ -1,0 +1,121 @@
+#ifndef MAINWINDOW_H
+#define MAINWINDOW_H
+
+#include <QByteArray>
+#include <QHostAddress>
+#include <QMainWindow>
+#include <QModelIndex>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+#include <QTcpSocket>
+#include <QTimer>
+#include <QUdpSocket>
+
+#include <memory>
+#include <stdint.h>
+
+class IridiumTcp;
+class QComboBox;
+class QFormLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QSerialPort;
+class SppHost;
+class Station;
+class StationListModel;
+class VardaExtension;
+class packetModel;
+
+namespace Ui
+{
+class MainWindow;
+}
+
+// The radio tool's window: one link to the local modem (serial, TCP or UDP),
+// the packet log, the station list and the operator's terminal.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+public:
+    enum ConfigMode { DUMB = 0, SPP_CMD = 1, EXT_CMD = 2, EXT_DATA = 3 };
+    enum ConnectionType { NONE = 0, SERIAL = 1, UDP = 2, TCP = 3 };
+
+    explicit MainWindow(QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+public slots:
+    // Link management
+    void linkTypeChanged(const QString &type);
+    void toggleConnection();
+    void closeConnection();
+    void tcpConnected();
+    void tcpDisconnected();
+    void tickUdpSocket();
+    void readSerialData();
+    void readTcpData();
+    void readUdpData();
+    void sendData(const QByteArray &data);
+    void packetIndicatorStart();
+    void packetIndicatorStop();
+
+    // Incoming packets
+    void handleSppPacket(uint8_t type, const uint8_t *d, uint16_t d_len, const QString &path);
+    void handleExt(const VardaExtension &ext, const QStringList &paths);
+    void incomingSbd(const QString &imei, const QByteArray &data);
+
+    // Terminal
+    void terminalStationChanged(int index);
+    void terminalStationChanged();
+    void selectStationTree(const QModelIndex &index);
+    void sendCommand();
+    void configModeChanged(const QString &mode);
+
+private:
+    void connectViews();
+    void buildLinkSettings();
+    void clearLinkRows();
+    void openSerial();
+    bool resolvePeer();
+    void openUdp();
+    void setConnected(ConnectionType connection);
+    quint16 currentPort() const;
+    void feedSppHost(const QString &source, const QByteArray &bytes);
+    Station *stationFor(const QString &callsign);
+    QByteArray packExtCommand(const QString &command);
+    void appendTerminal(const QString &text);
+    void setActiveStation(const QString &callsign);
+
+    Ui::MainWindow *ui;
+    QSerialPort *m_serial;
+    packetModel *m_packet_model;
+    // The station list and the framing host have no QObject parent; the
+    // window still owns them, so they go away with it instead of at exit.
+    std::unique_ptr<StationListModel> m_stations;
+    QString m_active_station;
+    QString m_this_station;
+    uint8_t m_seq_nr = 0; // the first command carries 1
+    ConfigMode m_config_mode;
+    ConnectionType m_active_connection;
+    bool m_ignore_local_packets = false;
+    QHostAddress m_ip_address;
+    IridiumTcp *m_iridium_tcp = nullptr;
+    QUdpSocket udpSocket;
+    QTcpSocket tcpSocket;
+    std::unique_ptr<SppHost> m_spp_host;
+    QTimer m_udp_tick_timer;
+    QLabel *m_packet_inducator;
+    const QString m_version;
+    // The link settings rows are destroyed by the form layout on every link
+    // type change, hence the guarded pointers.
+    QComboBox *linkTypeCombo;
+    QPointer<QPushButton> connectButton;
+    QPointer<QComboBox> serialPortCombo;
+    QPointer<QLineEdit> serialBaudText;
+    QPointer<QLineEdit> hostText;
+    QPointer<QLineEdit> portText;
+    QFormLayout *linkTypeLayout;
+};
+
+#endif
