@@ -221,7 +221,7 @@ struct __attribute__((packed)) licor_sample {
 static_assert(sizeof(licor_sample) == 3, "licor_sample is packed");
 
 /*
- * Pressure, temperature, humidity inside the hull (type 14), 6 bytes.
+ * Pressure, temperature and humidity (type 14), 6 bytes.
  *
  *   offset  width  field        shown as
  *   0       16     pressure     raw / 10

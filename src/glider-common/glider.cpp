@@ -1,0 +1,385 @@
+#include "glider.h"
+
+#include <QDateTime>
+#include <QDebug>
+#include <QDir>
+#include <QRandomGenerator>
+#include <QTime>
+
+#include <stdarg.h>
+#include <stdio.h>
+
+#include "ui_glider.h"
+
+namespace
+{
+
+// Log lines are rendered into a buffer of this size; longer ones are cut.
+const int LOG_LINE_SIZE = 200;
+const char *const TIME_FORMAT = "hh:mm:ss dd.MM.yyyy";
+
+struct Subpacket {
+    uint8_t type;
+    const uint8_t *record;
+};
+
+// Splits data into sub-packets (type byte + SIZES[type] bytes). Returns the
+// number found, or -1 for an unknown type, a record running past the end or
+// a payload of MAX_SUBPACKETS or more sub-packets.
+int splitPayload(const uint8_t *data, uint16_t len, Subpacket *out)
+{
+    int count = 0;
+    uint16_t remaining = len;
+    while (count < Glider::MAX_SUBPACKETS && remaining != 0) {
+        const uint8_t type = *data;
+        if (type >= MSG_TYPES) {
+            qDebug() << int(type);
+            qDebug() << "Invalid type, not parsing";
+            return -1;
+        }
+        const unsigned size = SIZES[type];
+        if (remaining < size + 1) {
+            qDebug() << "In packet" << count + 1 << "of type" << TYPE_STRINGS[type] << "size is" << size
+                     << "but buffer space in only" << remaining;
+            return -1;
+        }
+        qDebug() << "Subpacket" << count + 1 << "type" << TYPE_STRINGS[type] << "using" << size << "(+1) of"
+                 << remaining << "bytes";
+        out[count++] = { type, data + 1 };
+        data += size + 1;
+        remaining -= size + 1;
+        if (count == Glider::MAX_SUBPACKETS) {
+            qDebug() << "Reached max packets with remaining" << remaining << "bytes";
+            return -1;
+        }
+    }
+    return count;
+}
+
+QString fixed(double value, int decimals)
+{
+    return QString::number(value, 'f', decimals);
+}
+
+// printf's %g with its default precision.
+QString significant(double value)
+{
+    return QString::number(value, 'g', 6);
+}
+
+double degrees(int32_t raw)
+{
+    return raw / 10000000.0;
+}
+
+int rssiDbm(uint8_t raw)
+{
+    return int(raw) - 200;
+}
+
+} // namespace
+
+Glider::Glider(QWidget *parent)
+    : QWidget(parent)
+    , m_parent(parent)
+    , m_file_path("~/.varda-toolbox/")
+    , ui(new Ui::GliderForm)
+{
+    ui->setupUi(this);
+    clearModel();
+    ui->telemetryTableView->setModel(&m_telemetry_model);
+
+    connect(ui->telemetryTableClear, &QPushButton::pressed, this, &Glider::clearModel);
+
+    // Seeded from the time of day so that each run numbers its commands
+    // from a different start, 0..254.
+    QRandomGenerator rng(quint32(QTime::currentTime().msecsSinceStartOfDay()));
+    m_sent_ack = uint8_t(rng.generate() % 255);
+
+    // A directory that cannot be made or entered only costs the log files.
+    QDir dir(QDir::homePath() + "/.toolbox");
+    if (!dir.exists())
+        dir.mkpath(".");
+    QDir::setCurrent(dir.path());
+
+    flushCommandQueue();
+}
+
+Glider::~Glider()
+{
+    delete ui;
+}
+
+void Glider::clearModel()
+{
+    m_telemetry_model.clear();
+    m_telemetry_model.setHorizontalHeaderItem(0, new QStandardItem("Property"));
+    m_telemetry_model.setHorizontalHeaderItem(1, new QStandardItem("Value"));
+}
+
+void Glider::appendRow(const QString &property, const QString &value)
+{
+    for (int row = 0; row < m_telemetry_model.rowCount(); row++) {
+        if (m_telemetry_model.item(row, 0)->text() == property) {
+            m_telemetry_model.item(row, 1)->setText(value);
+            return;
+        }
+    }
+    m_telemetry_model.appendRow({ new QStandardItem(property), new QStandardItem(value) });
+    qDebug() << "New item" << property;
+}
+
+void Glider::appendLog(const char *line, bool event)
+{
+    m_log.setFileName(event ? "event.txt" : "telemetry.txt");
+    if (m_log.open(QIODevice::WriteOnly | QIODevice::Append)) {
+        m_log.write(line);
+        m_log.write("\r\n");
+        m_log.close();
+    } else {
+        qDebug() << "Failed to open log";
+    }
+    if (!ui->ignoreHousekeepingCheck->isChecked() || event)
+        ui->logView->append(QString::fromUtf8(line));
+}
+
+void Glider::logLine(bool event, const char *format, ...)
+{
+    char line[LOG_LINE_SIZE];
+    va_list args;
+    va_start(args, format);
+    vsnprintf(line, sizeof(line), format, args);
+    va_end(args);
+    appendLog(line, event);
+}
+
+void Glider::handleData(const uint8_t *data, uint16_t len)
+{
+    Subpacket packets[MAX_SUBPACKETS];
+    const int count = splitPayload(data, len, packets);
+    if (count < 0)
+        return;
+    qDebug() << "Got" << count << "packets";
+    ui->telemetryTableView->setUpdatesEnabled(false);
+    for (int i = 0; i < count; i++)
+        dispatch(packets[i].type, packets[i].record);
+    ui->telemetryTableView->setUpdatesEnabled(true);
+}
+
+void Glider::dispatch(uint8_t type, const uint8_t *record)
+{
+    switch (type) {
+    case MSG_DATA:
+        break;
+    case MSG_HOUSEKEEPING:
+        handleHousekeeping(reinterpret_cast<const housekeeping_t *>(record));
+        break;
+    case MSG_CTD:
+        handleCtd(reinterpret_cast<const ctd_sample_t *>(record));
+        break;
+    case MSG_SONAR_REPORT:
+        handleSonarReport(reinterpret_cast<const sonar_report_t *>(record));
+        break;
+    case MSG_SONAR_WCOL:
+        handleSonarColumn8(reinterpret_cast<const sonar_column *>(record));
+        break;
+    case MSG_SONAR_WCOL_DESC:
+        handleSonarColumnDescriber(reinterpret_cast<const sonar_column_describer *>(record));
+        break;
+    case MSG_HOUSEKEEPING2:
+        handleHousekeeping2(reinterpret_cast<const housekeeping2 *>(record));
+        break;
+    case MSG_O2:
+        handleO2(reinterpret_cast<const o2_sample *>(record));
+        break;
+    case MSG_PTH:
+        handlePth(reinterpret_cast<const pth_sample *>(record));
+        break;
+    case MSG_POSTIME:
+        handlePosTime(reinterpret_cast<const pos_time_t *>(record));
+        break;
+    case MSG_LICOR_24:
+        handleLicor(reinterpret_cast<const licor_sample *>(record));
+        break;
+    case MSG_PCO2_V2:
+        handlePco2(reinterpret_cast<const pco2_sample *>(record));
+        break;
+    default:
+        // Ground-to-vehicle commands, superseded records, codes without one.
+        qDebug() << "Unknown type";
+        break;
+    }
+}
+
+// Green once the vehicle reports the last command sent as executed; sending
+// the next command turns the label red again.
+void Glider::confirmCommand(uint8_t last_command_seq)
+{
+    if (last_command_seq != m_sent_ack)
+        return;
+    QPalette palette = ui->ackLabel->palette();
+    palette.setColor(ui->ackLabel->foregroundRole(), Qt::darkGreen);
+    ui->ackLabel->setPalette(palette);
+}
+
+void Glider::showLinkStatus(
+    unsigned csq, unsigned state, unsigned ctd, unsigned sonar, unsigned pell, unsigned iridium)
+{
+    appendRow("Iridium CSQ", QString::number(csq));
+    appendRow("Iridium state", QString::number(state));
+    appendRow("CTD power", STR_POWER_STATES[ctd]);
+    appendRow("Sonar power", STR_POWER_STATES[sonar]);
+    appendRow("Pell power", STR_POWER_STATES[pell]);
+    appendRow("Iridium power", STR_POWER_STATES[iridium]);
+}
+
+void Glider::showPosTime(const pos_time_t *pos, Qt::TimeSpec spec)
+{
+    appendRow("Lat", fixed(degrees(pos->lat), 7));
+    appendRow("Lon", fixed(degrees(pos->lon), 7));
+    appendRow("Time", QDateTime::fromSecsSinceEpoch(pos->time, spec).toString(TIME_FORMAT));
+}
+
+void Glider::handleHousekeeping(const housekeeping_t *hk)
+{
+    confirmCommand(hk->last_command_seq);
+    appendRow("CTD samples", QString::number(unsigned(hk->ctd_samples)));
+    appendRow("Sonar samples", QString::number(unsigned(hk->sonar_samples)));
+    showLinkStatus(
+        hk->iridium_csq, hk->iridium_state, hk->ctd_state, hk->sonar_state, hk->pell_en, hk->iridium_en);
+    appendRow("Pell RSSI", QString::number(rssiDbm(hk->pell_rssi)));
+    appendRow("Uptime", QString::number(hk->uptime));
+    showPosTime(&hk->pos_time, Qt::LocalTime);
+    appendRow("Last cmd. seq.", QString::number(hk->last_command_seq));
+
+    logLine(false, "housekeeping;%u;%u;%u;%u;%s;%s;%s;%s;%i;%u;%.7f;%.7f;%u;%u", unsigned(hk->ctd_samples),
+        unsigned(hk->sonar_samples), unsigned(hk->iridium_csq), unsigned(hk->iridium_state),
+        STR_POWER_STATES[hk->ctd_state], STR_POWER_STATES[hk->sonar_state], STR_POWER_STATES[hk->pell_en],
+        STR_POWER_STATES[hk->iridium_en], rssiDbm(hk->pell_rssi), unsigned(hk->uptime),
+        degrees(hk->pos_time.lat), degrees(hk->pos_time.lon), unsigned(hk->pos_time.time),
+        unsigned(hk->last_command_seq));
+}
+
+void Glider::handleHousekeeping2(const housekeeping2 *hk)
+{
+    confirmCommand(hk->last_command_seq);
+    showLinkStatus(
+        hk->iridium_csq, hk->iridium_state, hk->ctd_state, hk->sonar_state, hk->pell_en, hk->iridium_en);
+    appendRow("CTD log OK", QString::number(unsigned(hk->ctd_log_ok)));
+    appendRow("Sonar log OK", QString::number(unsigned(hk->sonar_ok)));
+    appendRow("O2 log OK", QString::number(unsigned(hk->o2_ok)));
+    appendRow("pCO2 log OK", QString::number(unsigned(hk->pco2_ok)));
+    appendRow("Licor log OK", QString::number(unsigned(hk->licor_ok)));
+    appendRow("PTH log OK", QString::number(unsigned(hk->pth_ok)));
+    appendRow("Logging OK", QString::number(unsigned(hk->logging_ok)));
+    appendRow("Log size (KiB)", QString::number(unsigned(hk->logged_kib)));
+    appendRow("Pell RSSI", QString::number(rssiDbm(hk->pell_rssi)));
+    appendRow("Uptime", QString::number(hk->uptime));
+    appendRow("Last cmd. seq.", QString::number(hk->last_command_seq));
+
+    logLine(false, "housekeeping2;%u;%u;%s;%s;%s;%s;%u;%u;%u;%u;%u;%u;%u;%u;%i;%u;%u",
+        unsigned(hk->iridium_csq), unsigned(hk->iridium_state), STR_POWER_STATES[hk->ctd_state],
+        STR_POWER_STATES[hk->sonar_state], STR_POWER_STATES[hk->pell_en], STR_POWER_STATES[hk->iridium_en],
+        unsigned(hk->ctd_log_ok), unsigned(hk->sonar_ok), unsigned(hk->o2_ok), unsigned(hk->pco2_ok),
+        unsigned(hk->licor_ok), unsigned(hk->pth_ok), unsigned(hk->logging_ok), unsigned(hk->logged_kib),
+        rssiDbm(hk->pell_rssi), unsigned(hk->uptime), unsigned(hk->last_command_seq));
+}
+
+void Glider::handleCtd(const ctd_sample_t *ctd)
+{
+    const double salinity = ctd->salinity / 100.0;
+    const double temperature = ctd->temperature / 1000.0 - 20.0;
+    const double pressure = ctd->pressure / 100.0;
+    const double turbidity = ctd->turbidity / 100.0;
+    const double fluorescence = ctd->fluorescence / 100.0;
+    const double sound_velocity = ctd->sound_velocity / 100.0 + 1300.0;
+
+    appendRow("CTD sample #", QString::number(ctd->sample_n));
+    appendRow("CTD salinity", fixed(salinity, 2));
+    appendRow("CTD temperature", fixed(temperature, 3));
+    appendRow("CTD pressure", fixed(pressure, 2));
+    appendRow("CTD turbidity", significant(turbidity));
+    appendRow("CTD fluorescence", significant(fluorescence));
+    appendRow("CTD sound velocity", significant(sound_velocity));
+
+    logLine(false, "ctd;%u;%.2f;%.3f;%.2f;%.2f;%.2f;%.2f", unsigned(ctd->sample_n), salinity, temperature,
+        pressure, turbidity, fluorescence, sound_velocity);
+}
+
+void Glider::handleSonarReport(const sonar_report_t *report)
+{
+    if (report->retstate >= 2)
+        return;
+    char command[LOG_LINE_SIZE] = "";
+    sonar_print_command(command, sizeof(command), report->command);
+    logLine(true, "sonar_report;%s;%s;%.7f;%.7f;%u", command, SONAR_STR_RETSTATE[report->retstate],
+        degrees(report->pos_time.lat), degrees(report->pos_time.lon), unsigned(report->pos_time.time));
+}
+
+void Glider::handleSonarColumn8(const sonar_column *column)
+{
+    const int8_t *s = column->signal;
+    logLine(true, "sonar_wcol8;%i;%i;%i;%i;%i;%i;%i;%i", s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7]);
+}
+
+void Glider::handleSonarColumnDescriber(const sonar_column_describer *desc)
+{
+    logLine(true, "sonar_desc;%i;%i;%i;%i;%i", desc->status, desc->start_depth, desc->range, desc->avg_pings,
+        desc->layers);
+}
+
+void Glider::handlePosTime(const pos_time_t *pos)
+{
+    showPosTime(pos, Qt::UTC);
+    logLine(false, "postime;%.7f;%.7f;%u", degrees(pos->lat), degrees(pos->lon), unsigned(pos->time));
+}
+
+void Glider::handleO2(const o2_sample *o2)
+{
+    const double concentration = o2->o2Concentration / 100.0;
+    const double saturation = o2->airSaturation / 100.0;
+    const double temperature = o2->temperature / 100.0 - 10.0;
+    appendRow("O2 concentration", fixed(concentration, 2));
+    appendRow("O2 air saturation", fixed(saturation, 2));
+    appendRow("O2 temperature", fixed(temperature, 2));
+    logLine(false, "o2;%.2f;%.2f;%.2f", concentration, saturation, temperature);
+}
+
+void Glider::handlePco2(const pco2_sample *pco2)
+{
+    const double co2 = pco2->co2 / 100.0;
+    const double temperature = pco2->temperature / 100.0 - 10.0;
+    appendRow("CO2 pressure (uatm)", significant(pco2->pco2));
+    appendRow("CO2 (mg/l)", fixed(co2, 2));
+    appendRow("CO2 temperature", fixed(temperature, 2));
+    appendRow("CO2 CalPhase (deg)", fixed(pco2->calphase / 1000.0, 3));
+    appendRow("CO2 C1Amp (mV)", fixed(pco2->c1amp / 10.0, 1));
+    appendRow("CO2 C2Amp (mV)", fixed(pco2->c2amp / 10.0, 1));
+    logLine(false, "pco2;%u;%.2f;%.2f", unsigned(pco2->pco2), co2, temperature);
+}
+
+// The table and the log scale the reading differently, on purpose.
+void Glider::handleLicor(const licor_sample *light)
+{
+    const int32_t raw = light->light_sensitivity;
+    appendRow("Light (µV)", fixed(raw / 524.288, 1));
+    logLine(false, "light;%.1f", raw / 4.0);
+}
+
+void Glider::handlePth(const pth_sample *pth)
+{
+    const double pressure = pth->pressure / 10.0;
+    const double temperature = pth->temperature / 100.0;
+    const double humidity = pth->humidity / 100.0;
+    appendRow("PTH pressure", fixed(pressure, 1));
+    appendRow("PTH temperature", fixed(temperature, 2));
+    appendRow("PTH humidity", fixed(humidity, 2));
+    logLine(false, "pth;%.1f;%.2f;%.2f", pressure, temperature, humidity);
+}
+
+void Glider::flushCommandQueue()
+{
+    m_cmd_queue_size = 0;
+    m_cmd_queue.clear();
+    ui->queueItemsLabel->setText("0");
+}
