@@ -2,6 +2,10 @@
 # In the sanitizer build each line makes an executable, in the main build a test.
 
 # --- radio protocol ---
+varda_fuzz_target(fuzz_spp varda)
+varda_fuzz_target(fuzz_pp varda)
+varda_fuzz_target(fuzz_ext_codec varda)
+varda_fuzz_target(fuzz_callsign varda)
 # --- extension decoding ---
 # --- vehicle ---
 # --- gateway and NMEA ---
