@@ -7,5 +7,6 @@ varda_fuzz_target(fuzz_pp varda)
 varda_fuzz_target(fuzz_ext_codec varda)
 varda_fuzz_target(fuzz_callsign varda)
 # --- extension decoding ---
+varda_fuzz_target(fuzz_extension_decode varda)
 # --- vehicle ---
 # --- gateway and NMEA ---
