@@ -9,4 +9,5 @@ varda_fuzz_target(fuzz_callsign varda)
 # --- extension decoding ---
 varda_fuzz_target(fuzz_extension_decode varda)
 # --- vehicle ---
+varda_fuzz_target(fuzz_glider_payload glider_common)
 # --- gateway and NMEA ---
