@@ -3,31 +3,17 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QtTest>
 
 #include <time.h>
 
-#include "glider.h"
+#include "glider_harness.h"
 
 // Payloads as the vehicle sends them reach the table, the log files and the
 // log view of the panel. Times are checked in a fixed zone, UTC+3.
 namespace
 {
-
-QStringList g_debug;
-
-void collectDebug(QtMsgType type, const QMessageLogContext &, const QString &msg)
-{
-    if (type == QtDebugMsg)
-        g_debug << msg;
-}
-
-QByteArray bytes(const char *hex)
-{
-    return QByteArray::fromHex(hex);
-}
 
 // lat 60.1234567, lon -24.9876543, 2023-11-14 22:13:20 UTC
 const char POSTIME[] = "87 1C D6 23 C1 2F 1B F1 00 F1 53 65";
@@ -72,7 +58,7 @@ private:
     QStringList fileLines(const QString &name) const;
     QStringList viewLines() const;
 
-    QTemporaryDir *m_home = nullptr;
+    GliderInTempHome *m_panel = nullptr;
     Glider *m_glider = nullptr;
     QAbstractItemModelTester *m_tester = nullptr;
 };
@@ -81,25 +67,21 @@ void TestGliderTelemetry::initTestCase()
 {
     qputenv("TZ", "XST-3");
     tzset();
-    qInstallMessageHandler(collectDebug);
+    captureDebugLines();
 }
 
 void TestGliderTelemetry::init()
 {
-    m_home = new QTemporaryDir;
-    QVERIFY(m_home->isValid());
-    qputenv("HOME", m_home->path().toLocal8Bit());
-    m_glider = new Glider;
+    m_panel = new GliderInTempHome;
+    m_glider = m_panel->glider();
     QAbstractItemModel *model = m_glider->findChild<QTableView *>("telemetryTableView")->model();
     m_tester = new QAbstractItemModelTester(model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    g_debug.clear();
 }
 
 void TestGliderTelemetry::cleanup()
 {
     delete m_tester;
-    delete m_glider;
-    delete m_home;
+    delete m_panel;
 }
 
 void TestGliderTelemetry::feed(const QByteArray &payload)
@@ -126,7 +108,7 @@ QString TestGliderTelemetry::value(const QString &property) const
 
 QStringList TestGliderTelemetry::fileLines(const QString &name) const
 {
-    QFile file(m_home->path() + "/.toolbox/" + name);
+    QFile file(m_panel->logDir() + "/" + name);
     if (!file.open(QIODevice::ReadOnly))
         return {};
     QStringList lines = QString::fromUtf8(file.readAll()).split("\r\n");
@@ -227,7 +209,7 @@ void TestGliderTelemetry::records()
     }
     QCOMPARE(fileLines(file), line.isEmpty() ? QStringList() : QStringList { line });
     const QString other = file == "event.txt" ? "telemetry.txt" : "event.txt";
-    QVERIFY(!QFile::exists(m_home->path() + "/.toolbox/" + other));
+    QVERIFY(!QFile::exists(m_panel->logDir() + "/" + other));
 }
 
 void TestGliderTelemetry::housekeepingRows()
@@ -238,16 +220,16 @@ void TestGliderTelemetry::housekeepingRows()
     const QByteArray hk = bytes("03") + bytes(POSTIME) + bytes(HK_STATUS);
     feed(hk);
     QCOMPARE(column(0), names);
-    QCOMPARE(g_debug.filter("New item").size(), names.size());
-    QCOMPARE(g_debug.filter("New item").first(), QString("New item \"CTD samples\""));
+    QCOMPARE(debugLines().filter("New item").size(), names.size());
+    QCOMPARE(debugLines().filter("New item").first(), QString("New item \"CTD samples\""));
 
-    g_debug.clear();
+    debugLines().clear();
     QByteArray second = hk;
     second[13] = char(0x01); // ctd_samples 1, sonar_samples kept
     second[14] = char(0x30);
     feed(second);
     QCOMPARE(column(0), names);
-    QVERIFY(g_debug.filter("New item").isEmpty());
+    QVERIFY(debugLines().filter("New item").isEmpty());
     QCOMPARE(value("CTD samples"), QString("1"));
 
     feed(bytes("0F") + bytes(POSTIME));
@@ -323,7 +305,7 @@ void TestGliderTelemetry::dispatchLimits()
     QFETCH(int, rows);
 
     feed(payload);
-    QStringList lines = g_debug;
+    QStringList lines = debugLines();
     lines.erase(
         std::remove_if(lines.begin(), lines.end(), [](const QString &l) { return l.startsWith("New item"); }),
         lines.end());
@@ -348,13 +330,13 @@ void TestGliderTelemetry::maxSubpackets()
     QFETCH(QString, last);
     QFETCH(int, logged);
     feed(repeated(PTH, count));
-    QCOMPARE(g_debug.last(), last);
+    QCOMPARE(debugLines().last(), last);
     QCOMPARE(fileLines("telemetry.txt").size(), logged);
 }
 
 void TestGliderTelemetry::unwritableLogDir()
 {
-    const QString dir = m_home->path() + "/.toolbox";
+    const QString dir = m_panel->logDir();
     QFile::setPermissions(dir, QFile::ReadOwner | QFile::ExeOwner);
     const bool privileged = QFile(dir + "/probe").open(QIODevice::WriteOnly);
     if (privileged) { // permissions do not bind us: block the file itself
@@ -364,7 +346,7 @@ void TestGliderTelemetry::unwritableLogDir()
     m_glider->findChild<QCheckBox *>("ignoreHousekeepingCheck")->setChecked(false);
 
     feed(bytes(PTH));
-    QVERIFY(g_debug.contains("Failed to open log"));
+    QVERIFY(debugLines().contains("Failed to open log"));
     QCOMPARE(value("PTH pressure"), QString("1013.2"));
     QCOMPARE(viewLines(), QStringList { "pth;1013.2;-5.23;45.50" });
 

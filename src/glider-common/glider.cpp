@@ -3,13 +3,18 @@
 #include <QDateTime>
 #include <QDebug>
 #include <QDir>
+#include <QMap>
 #include <QRandomGenerator>
 #include <QTime>
 
 #include <stdarg.h>
 #include <stdio.h>
+#include <string.h>
 
+#include "spp_host_qt.h"
 #include "ui_glider.h"
+#include "varda_extension.h"
+#include "varda_extension_qt.h"
 
 namespace
 {
@@ -17,6 +22,8 @@ namespace
 // Log lines are rendered into a buffer of this size; longer ones are cut.
 const int LOG_LINE_SIZE = 200;
 const char *const TIME_FORMAT = "hh:mm:ss dd.MM.yyyy";
+// varda_flags bit 0: the radio payload is a chain of extension sub-packets.
+const uint8_t VARDA_FLAG_EXTENSION = 0x01;
 
 struct Subpacket {
     uint8_t type;
@@ -77,6 +84,22 @@ int rssiDbm(uint8_t raw)
     return int(raw) - 200;
 }
 
+// Position of text in a name table, 0 when it is none of the names.
+template <size_t N> uint8_t nameIndex(const char *const (&names)[N], const QString &text)
+{
+    for (size_t i = 0; i < N; i++) {
+        if (text == QLatin1String(names[i]))
+            return uint8_t(i);
+    }
+    return 0;
+}
+
+// Whole seconds of an interval code, even for minute and hour codes.
+QString intervalSeconds(int value)
+{
+    return QString::number(cmd_interval_to_msec(uint8_t(value)) / 1000);
+}
+
 } // namespace
 
 Glider::Glider(QWidget *parent)
@@ -89,7 +112,7 @@ Glider::Glider(QWidget *parent)
     clearModel();
     ui->telemetryTableView->setModel(&m_telemetry_model);
 
-    connect(ui->telemetryTableClear, &QPushButton::pressed, this, &Glider::clearModel);
+    connectForm();
 
     // Seeded from the time of day so that each run numbers its commands
     // from a different start, 0..254.
@@ -108,6 +131,79 @@ Glider::Glider(QWidget *parent)
 Glider::~Glider()
 {
     delete ui;
+}
+
+void Glider::connectForm()
+{
+    connect(ui->powerSet, &QPushButton::pressed, this, &Glider::setPower);
+    connect(ui->setTelemetryMessages, &QPushButton::pressed, this, &Glider::setTelemetryMessages);
+    connect(ui->telemetryRateSlider, &QSlider::sliderMoved, this, &Glider::telemetryRateMoved);
+    connect(ui->telemetryRateSet, &QPushButton::pressed, this, &Glider::setTelemetryRate);
+    connect(ui->sonarSet, &QPushButton::pressed, this, &Glider::sendSonarCommand);
+    connect(ui->sonarSleep, &QPushButton::pressed, this, &Glider::sendSonarSleep);
+    connect(ui->telemetryRequestButton, &QPushButton::pressed, this, &Glider::requestTelemetry);
+    connect(ui->cardOpen, &QPushButton::pressed, this, &Glider::openDatastore);
+    connect(ui->cardFlush, &QPushButton::pressed, this, &Glider::flushDatastore);
+    connect(ui->cardClose, &QPushButton::pressed, this, &Glider::closeDatastore);
+    connect(ui->cardClearErrorFlag, &QPushButton::pressed, this, &Glider::clearFlagDatastore);
+    connect(ui->sonarWcolMaxSet, &QPushButton::pressed, this, &Glider::setMaxSonarWColumnCount);
+    connect(ui->sonarScriptSet, &QPushButton::pressed, this, &Glider::setSonarScript);
+    connect(ui->queueSendNow, &QPushButton::pressed, this, &Glider::startSendCommand);
+    connect(ui->queueFlush, &QPushButton::pressed, this, &Glider::flushCommandQueue);
+    connect(ui->sonarAutoCmdRate, &QSlider::sliderMoved, this, &Glider::sonarRateMoved);
+    connect(ui->sonarAutoCmdRateSet, &QPushButton::pressed, this, &Glider::setSonarRate);
+    connect(ui->sonarAutoCmdSet, &QPushButton::pressed, this, &Glider::setSonarAutoCmd);
+    connect(ui->telemetryTableClear, &QPushButton::pressed, this, &Glider::clearModel);
+}
+
+void Glider::incomingPell(uint8_t type, const uint8_t *data, uint16_t length, const QString &source)
+{
+    Q_UNUSED(source);
+    if (type != SPP_TYPE_RX || length < sizeof(spp_rxhdr_t))
+        return;
+    const auto *header = reinterpret_cast<const spp_rxhdr_t *>(data);
+    const uint8_t *payload = data + sizeof(spp_rxhdr_t);
+    const uint16_t size = uint16_t(length - sizeof(spp_rxhdr_t));
+    if (!(header->varda_flags & VARDA_FLAG_EXTENSION)) {
+        // Raw vehicle data straight from the modem: any sender is taken.
+        handleData(payload, size);
+        return;
+    }
+    VardaExtension ext;
+    ext.parse(payload, size);
+    if (!ext.hasExtensionType(VRD_EXT_SRC) || !ext.hasExtensionType(VRD_EXT_DATA)
+        || ext.getSource() != ui->pellDestinationEntry->text())
+        return;
+    const QByteArray vehicle = ext.getData();
+    handleData(reinterpret_cast<const uint8_t *>(vehicle.constData()), uint16_t(vehicle.size()));
+    emit gliderPayloadReceived(ext.getSource(), vehicle);
+}
+
+void Glider::incomingSbd(const QString &imei, const QByteArray &payload)
+{
+    if (imei != ui->iridiumImei->text())
+        return;
+    qDebug() << "[Glider] Got valid Iridium IMEI";
+    handleData(reinterpret_cast<const uint8_t *>(payload.constData()), uint16_t(payload.size()));
+}
+
+void Glider::sendData(const uint8_t *data, uint16_t length)
+{
+    const QString link = ui->activeLinkCombo->currentText();
+    const QByteArray block(reinterpret_cast<const char *>(data), length);
+    if (link == "Pell") {
+        if (length > MAX_PELL_BLOCK) {
+            fputs("Pell packet oversized\r\n", stdout);
+            fflush(stdout);
+            return;
+        }
+        VardaExtension ext;
+        ext.addDestination(ui->pellDestinationEntry->displayText());
+        ext.addData(block);
+        emit outgoingPell(SppHost::packTransmit(ext.getPacket(), VARDA_FLAG_EXTENSION));
+    } else if (link == "Iridium") {
+        emit outgoingSbd(QString::fromLatin1(ui->iridiumImei->text().toLatin1()), block);
+    }
 }
 
 void Glider::clearModel()
@@ -215,10 +311,14 @@ void Glider::dispatch(uint8_t type, const uint8_t *record)
 // the next command turns the label red again.
 void Glider::confirmCommand(uint8_t last_command_seq)
 {
-    if (last_command_seq != m_sent_ack)
-        return;
+    if (last_command_seq == m_sent_ack)
+        setAckColour(Qt::darkGreen);
+}
+
+void Glider::setAckColour(const QColor &colour)
+{
     QPalette palette = ui->ackLabel->palette();
-    palette.setColor(ui->ackLabel->foregroundRole(), Qt::darkGreen);
+    palette.setColor(ui->ackLabel->foregroundRole(), colour);
     ui->ackLabel->setPalette(palette);
 }
 
@@ -375,6 +475,182 @@ void Glider::handlePth(const pth_sample *pth)
     appendRow("PTH temperature", fixed(temperature, 2));
     appendRow("PTH humidity", fixed(humidity, 2));
     logLine(false, "pth;%.1f;%.2f;%.2f", pressure, temperature, humidity);
+}
+
+bool Glider::iridiumSelected() const
+{
+    return ui->linkConfigSelect->currentText() == "Iridium";
+}
+
+void Glider::setPower()
+{
+    static const QMap<QString, uint8_t> channels { { "CTD", POWER_CTD }, { "Sonar", POWER_SONAR },
+        { "Pell", POWER_PELL }, { "Iridium", POWER_IRIDIUM } };
+    const uint8_t on = ui->powerState->isChecked() ? 1 : 0;
+    sendShort(CMD_POWER, channels.value(ui->powerChannel->currentText(), 0) | on);
+}
+
+void Glider::requestTelemetry()
+{
+    sendShort(CMD_TELEMETRY_REQUEST, iridiumSelected() ? 1 : 0);
+}
+
+void Glider::setTelemetryRate()
+{
+    sendShort(iridiumSelected() ? CMD_TELEMETRY_RATE_IRIDIUM : CMD_TELEMETRY_RATE_PELL,
+        uint8_t(ui->telemetryRateSlider->value()));
+}
+
+void Glider::setTelemetryMessages()
+{
+    const QPair<const QCheckBox *, uint32_t> boxes[] = {
+        { ui->checkMsgHousekeeping, TM_HOUSEKEEPING },
+        { ui->checkMsgCtd, TM_CTD },
+        { ui->checkMsgSonarReport, TM_SONAR_REPORT },
+        { ui->checkMsgHk2, TM_HOUSEKEEPING2 },
+        { ui->checkMsgO2, TM_O2 },
+        { ui->checkMsgPco2, TM_PCO2 },
+        { ui->checkMsgLight, TM_LIGHT },
+        { ui->checkMsgPth, TM_PTH },
+        { ui->checkMsgSonarWcol, TM_SONAR_WCOL },
+        { ui->checkMsgPostime, TM_POSTIME },
+    };
+    uint32_t mask = 0;
+    for (const auto &box : boxes) {
+        if (box.first->checkState() != Qt::Unchecked)
+            mask |= box.second;
+    }
+    sendLong(iridiumSelected() ? CMD_TELEMETRY_MESSAGES_IRIDIUM : CMD_TELEMETRY_MESSAGES_PELL, mask);
+}
+
+void Glider::telemetryRateMoved(int value)
+{
+    ui->telemetryRateDisplay->setText(intervalSeconds(value) + " s");
+}
+
+void Glider::sonarRateMoved(int value)
+{
+    ui->sonarAutoCmdRateSet->setText("Set rate (" + intervalSeconds(value) + " s)");
+}
+
+uint8_t Glider::sonarCommandByte() const
+{
+    const uint8_t mode = nameIndex(STR_PING_RUN, ui->sonarPing->currentText());
+    const uint8_t kind = nameIndex(STR_STEP_SEQ_ENS, ui->sonarStep->currentText());
+    const uint8_t program = uint8_t(ui->sonarProgram->value()) & SONAR_CMD_PROGRAM_MASK;
+    return uint8_t(SONAR_CMD_ACTIVE | (mode ? SONAR_CMD_RUN : 0) | kind << SONAR_CMD_KIND_SHIFT | program);
+}
+
+void Glider::sendSonarCommand()
+{
+    const uint8_t command = sonarCommandByte();
+    qDebug() << "Sending sonar command" << command;
+    sendShort(CMD_SONAR, command);
+}
+
+void Glider::sendSonarSleep()
+{
+    sendShort(CMD_SONAR, SONAR_CMD_SLEEP);
+}
+
+void Glider::setSonarAutoCmd()
+{
+    sendShort(CMD_SONAR_AUTO, sonarCommandByte());
+}
+
+void Glider::setSonarRate()
+{
+    sendShort(CMD_SONAR_AUTO_RATE, uint8_t(ui->sonarAutoCmdRate->value()));
+}
+
+void Glider::setSonarScript()
+{
+    const int index = ui->sonarScriptSelect->currentIndex();
+    qDebug() << "Setting sonar script index" << index;
+    sendShort(CMD_SONAR_SCRIPT, uint8_t(index));
+}
+
+void Glider::setMaxSonarWColumnCount()
+{
+    sendShort(CMD_SONAR_WCOL_MAX, uint8_t(ui->sonarWcolMaxNumber->value()));
+}
+
+void Glider::openDatastore()
+{
+    sendDatastore(DS_Open);
+}
+
+void Glider::flushDatastore()
+{
+    sendDatastore(DS_Flush);
+}
+
+void Glider::closeDatastore()
+{
+    sendDatastore(DS_Close);
+}
+
+void Glider::clearFlagDatastore()
+{
+    sendDatastore(DS_ClearFlag);
+}
+
+void Glider::sendDatastore(ds_action action)
+{
+    const datastore_action ds = { uint8_t(action), 0, 0 };
+    uint32_t arg;
+    static_assert(sizeof(ds) == sizeof(arg), "datastore_action fills the argument");
+    memcpy(&arg, &ds, sizeof(arg));
+    sendLong(CMD_DATASTORE, arg);
+}
+
+void Glider::sendShort(uint8_t type, uint8_t arg)
+{
+    command_t cmd = { 0, type, arg };
+    sendCommand(&cmd);
+}
+
+void Glider::sendLong(uint8_t type, uint32_t arg)
+{
+    command_long_t cmd = { 0, type, arg };
+    sendCommand(&cmd);
+}
+
+uint8_t Glider::nextSequence()
+{
+    return ++m_sent_ack; // 255 wraps to 0
+}
+
+void Glider::sendCommand(command_t *cmd)
+{
+    cmd->cmd_seq = nextSequence();
+    enqueue(MSG_COMMAND, cmd, sizeof(*cmd));
+}
+
+void Glider::sendCommand(command_long_t *cmd)
+{
+    cmd->cmd_seq = nextSequence();
+    enqueue(MSG_COMMAND_LONG, cmd, sizeof(*cmd));
+}
+
+void Glider::enqueue(uint8_t msg_type, const void *record, int size)
+{
+    m_cmd_queue_size++;
+    m_cmd_queue.append(char(msg_type));
+    m_cmd_queue.append(static_cast<const char *>(record), size);
+    ui->queueItemsLabel->setText(QString::number(m_cmd_queue_size));
+    if (!ui->queueEnabled->isChecked())
+        startSendCommand();
+}
+
+// Red until a housekeeping record reports this number as executed.
+void Glider::startSendCommand()
+{
+    ui->ackLabel->setText(QString::number(m_sent_ack));
+    setAckColour(Qt::red);
+    qDebug() << "Sent" << m_cmd_queue.toHex();
+    sendData(reinterpret_cast<const uint8_t *>(m_cmd_queue.constData()), uint16_t(m_cmd_queue.size()));
+    flushCommandQueue();
 }
 
 void Glider::flushCommandQueue()

@@ -41,12 +41,25 @@ public:
     // log view unless the view hides telemetry lines.
     void appendLog(const char *line, bool event);
 
+    // Sends a command block over the link chosen in "Active link:".
+    void sendData(const uint8_t *data, uint16_t length);
+    // Numbers a command (the next sequence number is written into it) and
+    // queues it; sends the queue at once unless queueing is on.
+    void sendCommand(command_t *cmd);
+    void sendCommand(command_long_t *cmd);
+
 signals:
     void outgoingPell(QByteArray frame);
     void outgoingSbd(QString imei, QByteArray payload);
     void gliderPayloadReceived(const QString &callsign, const QByteArray &payload);
 
 public slots:
+    // One SPP packet as SppHost::newPacket delivers it; only received radio
+    // packets (type 0) are looked at.
+    void incomingPell(uint8_t type, const uint8_t *data, uint16_t length, const QString &source);
+    // A mobile-originated payload from the satellite gateway.
+    void incomingSbd(const QString &imei, const QByteArray &payload);
+
     void clearModel();
 
     // Splits a vehicle payload into sub-packets and, only if the whole
@@ -66,9 +79,39 @@ public slots:
     void handleLicor(const licor_sample *light);
     void handlePth(const pth_sample *pth);
 
+    // Command builders, one command each.
+    void setPower();
+    void requestTelemetry();
+    void setTelemetryMessages();
+    void setTelemetryRate();
+    void sendSonarCommand();
+    void sendSonarSleep();
+    void setSonarScript();
+    void setSonarAutoCmd();
+    void setSonarRate();
+    void setMaxSonarWColumnCount();
+    void openDatastore();
+    void flushDatastore();
+    void closeDatastore();
+    void clearFlagDatastore();
+
+    // Slider feedback, in whole seconds of the interval code.
+    void telemetryRateMoved(int value);
+    void sonarRateMoved(int value);
+
+    void startSendCommand();
     void flushCommandQueue();
 
 private:
+    void connectForm();
+    void sendShort(uint8_t type, uint8_t arg);
+    void sendLong(uint8_t type, uint32_t arg);
+    void sendDatastore(ds_action action);
+    void enqueue(uint8_t msg_type, const void *record, int size);
+    uint8_t nextSequence();
+    bool iridiumSelected() const;
+    uint8_t sonarCommandByte() const;
+    void setAckColour(const QColor &colour);
     void logLine(bool event, const char *format, ...) __attribute__((format(printf, 3, 4)));
     void dispatch(uint8_t type, const uint8_t *record);
     void confirmCommand(uint8_t last_command_seq);
