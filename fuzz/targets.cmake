@@ -11,3 +11,5 @@ varda_fuzz_target(fuzz_extension_decode varda)
 # --- vehicle ---
 varda_fuzz_target(fuzz_glider_payload glider_common)
 # --- gateway and NMEA ---
+varda_fuzz_target(fuzz_nmea glider_common)
+varda_fuzz_target(fuzz_iridium_framing toolbox)
