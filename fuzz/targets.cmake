@@ -13,3 +13,10 @@ varda_fuzz_target(fuzz_glider_payload glider_common)
 # --- gateway and NMEA ---
 varda_fuzz_target(fuzz_nmea glider_common)
 varda_fuzz_target(fuzz_iridium_framing toolbox)
+# --- simulator ---
+if(PROJECT_NAME STREQUAL "VardaFuzz" AND NOT TARGET varda_sim_core)
+  add_subdirectory(${CMAKE_CURRENT_LIST_DIR}/../tools/varda-sim varda-sim EXCLUDE_FROM_ALL)
+endif()
+varda_fuzz_target(fuzz_sim_gateway varda_sim_core)
+varda_fuzz_target(fuzz_sim_vehicle varda_sim_core)
+varda_fuzz_target(fuzz_sim_modem varda_sim_core)
