@@ -48,7 +48,6 @@ private slots:
     void maxSubpackets_data();
     void maxSubpackets();
     void unwritableLogDir();
-    void confirmation();
     void clearButton();
 
 private:
@@ -354,22 +353,6 @@ void TestGliderTelemetry::unwritableLogDir()
     QDir(dir).rmdir("telemetry.txt");
     feed(bytes(PTH));
     QCOMPARE(fileLines("telemetry.txt"), QStringList { "pth;1013.2;-5.23;45.50" });
-}
-
-// Exactly the number of the last command sent turns "Last cmd:" green; the
-// panel starts from a random number below 255.
-void TestGliderTelemetry::confirmation()
-{
-    QLabel *ack = m_glider->findChild<QLabel *>("ackLabel");
-    const QColor before = ack->palette().color(ack->foregroundRole());
-    QVERIFY(before != QColor(Qt::darkGreen));
-    int confirmed = -1;
-    for (int seq = 0; seq < 256 && confirmed < 0; seq++) {
-        feed(bytes("09 00 00 00 00 00 00 00 00 00 00 00") + char(seq));
-        if (ack->palette().color(ack->foregroundRole()) == QColor(Qt::darkGreen))
-            confirmed = seq;
-    }
-    QVERIFY(confirmed >= 0 && confirmed < 255);
 }
 
 void TestGliderTelemetry::clearButton()

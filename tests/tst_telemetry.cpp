@@ -5,40 +5,16 @@
 #include "sonar.h"
 #include "telemetry.h"
 
-// Name and size tables, sonar command text and interval codes.
+// Sonar command text and interval codes.
 class TestTelemetry : public QObject
 {
     Q_OBJECT
 private slots:
-    void typeTable_data();
-    void typeTable();
     void sonarText_data();
     void sonarText();
     void interval_data();
     void interval();
 };
-
-void TestTelemetry::typeTable_data()
-{
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("size");
-    const char *names[] = { "DATA", "", "COMMAND", "HOUSEKEEPING", "CTD", "", "SONAR_REPORT", "SONAR_WCOL",
-        "SONAR_WCOL_DESC", "HOUSEKEEPING2", "COMMAND_LONG", "O2", "PCO2", "LICOR", "PTH", "POSTIME",
-        "LICOR_24", "PCO2_V2" };
-    const int sizes[] = { 255, 255, 3, 23, 15, 255, 14, 8, 4, 12, 6, 6, 8, 2, 6, 12, 3, 14 };
-    for (int code = 0; code < 18; code++)
-        QTest::addRow("%d", code) << code << names[code] << sizes[code];
-}
-
-void TestTelemetry::typeTable()
-{
-    QFETCH(int, code);
-    QFETCH(QString, name);
-    QFETCH(int, size);
-    QCOMPARE(QString(TYPE_STRINGS[code]), name);
-    QCOMPARE(int(SIZES[code]), size);
-}
 
 void TestTelemetry::sonarText_data()
 {
