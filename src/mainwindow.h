@@ -45,6 +45,13 @@ public:
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
+    // The framing host all links feed; a host of the vehicle panel listens
+    // to its packets too.
+    SppHost *sppHost() const
+    {
+        return m_spp_host.get();
+    }
+
 public slots:
     // Link management
     void linkTypeChanged(const QString &type);
