@@ -266,10 +266,10 @@ void TstNmea::unpack_data()
                                      << gga(643000, -203186300, 907252600, 2, 12, 78, -1230, -3450, 15, 131);
     QTest::newRow("GGA no fix") << Bytes("$GPGGA,,,,,,0,00,99.99,,,,,,*48")
                                 << gga(UTC_NONE, NOPOS, NOPOS, 0, 0, 9999, ALT_NONE, 32767, 65535, 65535);
-    // 113 deg 1' W: four characters are enough here, unlike in RMC
+    // 12:34 and 113 deg 1' W: shorter fields than RMC takes
     QTest::newRow("GGA short fields")
-        << Bytes("$GPGGA,000000,481,N,1131,W,12,,,,,,,,*00")
-        << gga(0, NOPOS, -678100000, 255, 255, 65535, ALT_NONE, 32767, 65535, 65535);
+        << Bytes("$GPGGA,1234,481,N,1131,W,12,,,,,,,,*00")
+        << gga(45240000, NOPOS, -678100000, 255, 255, 65535, ALT_NONE, 32767, 65535, 65535);
     QTest::newRow("GGA without checksum") << Bytes("$GPGGA,,,,,,0,00,99.99,,,,,,") << "2";
 }
 

@@ -206,14 +206,17 @@ int _fpdtoa(uint32_t value, uint8_t dec_in, uint8_t dec_out, uint8_t min_digits,
     return n;
 }
 
-// hhmmss[.sss] in ms since midnight.
-static uint32_t read_time(const char *field)
+// hhmmss[.sss] in ms since midnight; min_len is at least 1. A field shorter
+// than hhmmss (GGA takes one) is read as far as it goes: the offsets stop at
+// its end.
+static uint32_t read_time(const char *field, size_t min_len)
 {
-    if (strlen(field) < 6)
+    const size_t len = strlen(field);
+    if (len < min_len)
         return NMEA_UTC_MISSING;
     const uint32_t hours = uint32_t(_atofpd(field, 2, 3));
-    const uint32_t minutes = uint32_t(_atofpd(field + 2, 2, 3));
-    const uint32_t seconds = uint32_t(_atofpd(field + 4, 99, 3));
+    const uint32_t minutes = uint32_t(_atofpd(field + (len < 2 ? len : 2), 2, 3));
+    const uint32_t seconds = uint32_t(_atofpd(field + (len < 4 ? len : 4), 99, 3));
     return hours * 3600 + minutes * 60 + seconds;
 }
 
@@ -258,7 +261,7 @@ int nmea_rmc_unpack(uint8_t count, const char *const *f, nmea_rmc *out)
 {
     if (count != 14)
         return NMEA_ERR_FIELD_COUNT;
-    out->utc = read_time(f[1]);
+    out->utc = read_time(f[1], 6);
     out->valid = strlen(f[2]) == 1 ? (f[2][0] == 'A' ? 1 : 0) : NMEA_U8_MISSING;
     out->latitude = read_angle(f[3], f[4], 2, 4, 'S');
     out->longitude = read_angle(f[5], f[6], 3, 5, 'W');
@@ -277,7 +280,7 @@ int nmea_gga_unpack(uint8_t count, const char *const *f, nmea_gga *out)
 {
     if (count != 16)
         return NMEA_ERR_FIELD_COUNT;
-    out->utc = read_time(f[1]);
+    out->utc = read_time(f[1], 1);
     out->latitude = read_angle(f[2], f[3], 2, 4, 'S');
     out->longitude = read_angle(f[4], f[5], 3, 4, 'W');
     out->fix = strlen(f[6]) == 1 ? uint8_t(_atou(f[6], 1)) : NMEA_U8_MISSING;
