@@ -1,5 +1,7 @@
 // Arbitrary vehicle payloads into the glider panel: the splitter must never
-// read past the payload, whatever the type bytes claim.
+// read past the payload, whatever the type bytes claim. The same bytes also
+// go in as a received radio packet (receive header, then raw vehicle data or
+// an extension packet), which must be dropped cleanly when too short.
 #include <QApplication>
 #include <QFile>
 #include <QTemporaryDir>
@@ -9,6 +11,7 @@
 #include <stdint.h>
 
 #include "glider.h"
+#include "varda_spp_host.h"
 
 namespace
 {
@@ -42,6 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (size > UINT16_MAX)
         return 0;
     glider->handleData(data, uint16_t(size));
+    glider->incomingPell(SPP_TYPE_RX, data, uint16_t(size), QString());
     // Keep the table, the view and the files small across many inputs.
     glider->clearModel();
     glider->findChild<QTextBrowser *>("logView")->clear();
