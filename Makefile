@@ -3,7 +3,7 @@ BUILD ?= build
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build run test clean
+.PHONY: all deps configure build run run-glider test clean
 
 all: build
 
@@ -17,7 +17,10 @@ build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
 
 run: build
-	$(BUILD)/src/varda-toolbox
+	@tools/run-with-sim $(BUILD) $(BUILD)/src/varda-toolbox
+
+run-glider: build
+	@tools/run-with-sim $(BUILD) $(BUILD)/tools/glider-station/glider-station
 
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
