@@ -21,7 +21,7 @@ IridiumTcp::IridiumTcp(QPushButton *button, QLineEdit *host, QCheckBox *flush, Q
 
 IridiumTcp::~IridiumTcp()
 {
-    // The widgets may already be gone while the owner is torn down.
+    // No widget updates from here: the owner may have deleted them already.
     m_socket.disconnect(this);
     m_socket.close();
 }

@@ -39,7 +39,8 @@ struct __attribute__((packed)) iridium_msg_hdr_t {
 static_assert(sizeof(iridium_msg_hdr_t) == 8, "iridium_msg_hdr_t is packed");
 
 // Client of the Iridium gateway. Drives the connect button, host field and
-// flush check box its owner hands over; they must outlive it.
+// flush check box its owner hands over; they must outlive it, except that
+// its destructor leaves them alone.
 class IridiumTcp : public QObject
 {
     Q_OBJECT
@@ -65,7 +66,7 @@ public:
 
     // Appends received bytes and hands every complete message to
     // parsePacket. There is no limit on tot_length: a corrupt length stalls
-    // the link, buffering, until it is closed.
+    // the client for good, buffering (the buffer survives reconnects).
     void receive(const QByteArray &bytes);
     // One message without its length field.
     void parsePacket(const QByteArray &packet);
