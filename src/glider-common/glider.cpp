@@ -477,9 +477,12 @@ void Glider::handlePth(const pth_sample *pth)
     logLine(false, "pth;%.1f;%.2f;%.2f", pressure, temperature, humidity);
 }
 
-bool Glider::iridiumSelected() const
+// The value for the link in "Select link:" (not the active link); 0 for a
+// text that names neither.
+uint8_t Glider::perLink(uint8_t pell, uint8_t iridium) const
 {
-    return ui->linkConfigSelect->currentText() == "Iridium";
+    const QString link = ui->linkConfigSelect->currentText();
+    return link == "Pell" ? pell : link == "Iridium" ? iridium : 0;
 }
 
 void Glider::setPower()
@@ -487,17 +490,17 @@ void Glider::setPower()
     static const QMap<QString, uint8_t> channels { { "CTD", POWER_CTD }, { "Sonar", POWER_SONAR },
         { "Pell", POWER_PELL }, { "Iridium", POWER_IRIDIUM } };
     const uint8_t on = ui->powerState->isChecked() ? 1 : 0;
-    sendShort(CMD_POWER, channels.value(ui->powerChannel->currentText(), 0) | on);
+    sendShort(CMD_POWER, uint8_t(channels.value(ui->powerChannel->currentText(), 0) | on));
 }
 
 void Glider::requestTelemetry()
 {
-    sendShort(CMD_TELEMETRY_REQUEST, iridiumSelected() ? 1 : 0);
+    sendShort(CMD_TELEMETRY_REQUEST, perLink(0, 1));
 }
 
 void Glider::setTelemetryRate()
 {
-    sendShort(iridiumSelected() ? CMD_TELEMETRY_RATE_IRIDIUM : CMD_TELEMETRY_RATE_PELL,
+    sendShort(perLink(CMD_TELEMETRY_RATE_PELL, CMD_TELEMETRY_RATE_IRIDIUM),
         uint8_t(ui->telemetryRateSlider->value()));
 }
 
@@ -520,7 +523,7 @@ void Glider::setTelemetryMessages()
         if (box.first->checkState() != Qt::Unchecked)
             mask |= box.second;
     }
-    sendLong(iridiumSelected() ? CMD_TELEMETRY_MESSAGES_IRIDIUM : CMD_TELEMETRY_MESSAGES_PELL, mask);
+    sendLong(perLink(CMD_TELEMETRY_MESSAGES_PELL, CMD_TELEMETRY_MESSAGES_IRIDIUM), mask);
 }
 
 void Glider::telemetryRateMoved(int value)

@@ -109,7 +109,7 @@ private:
     void sendDatastore(ds_action action);
     void enqueue(uint8_t msg_type, const void *record, int size);
     uint8_t nextSequence();
-    bool iridiumSelected() const;
+    uint8_t perLink(uint8_t pell, uint8_t iridium) const;
     uint8_t sonarCommandByte() const;
     void setAckColour(const QColor &colour);
     void logLine(bool event, const char *format, ...) __attribute__((format(printf, 3, 4)));
