@@ -1,5 +1,6 @@
 #include "crc_ccitt.h"
 
+// clang-format off
 const uint16_t crc_ccitt_table[256] = {
     0x0000, 0x1189, 0x2312, 0x329B, 0x4624, 0x57AD, 0x6536, 0x74BF,
     0x8C48, 0x9DC1, 0xAF5A, 0xBED3, 0xCA6C, 0xDBE5, 0xE97E, 0xF8F7,
@@ -34,16 +35,25 @@ const uint16_t crc_ccitt_table[256] = {
     0xF78F, 0xE606, 0xD49D, 0xC514, 0xB1AB, 0xA022, 0x92B9, 0x8330,
     0x7BC7, 0x6A4E, 0x58D5, 0x495C, 0x3DE3, 0x2C6A, 0x1EF1, 0x0F78,
 };
+// clang-format on
+
+/* The table step, local so that crc_ccitt inlines it: the library is built
+ * position independent, where a call to the exported crc_ccitt_byte could
+ * be interposed and is therefore never inlined. */
+static inline uint16_t crc_step(uint8_t data, uint16_t crc)
+{
+    return crc_ccitt_table[(crc ^ data) & 0xFF] ^ (crc >> 8);
+}
 
 uint16_t crc_ccitt_byte(uint8_t data, uint16_t crc)
 {
-    return crc_ccitt_table[(crc ^ data) & 0xFF] ^ (crc >> 8);
+    return crc_step(data, crc);
 }
 
 uint16_t crc_ccitt(const uint8_t *data, uint16_t len)
 {
     uint16_t crc = 0xFFFF;
     for (uint16_t i = 0; i < len; i++)
-        crc = crc_ccitt_byte(data[i], crc);
+        crc = crc_step(data[i], crc);
     return crc ^ 0xFFFF;
 }

@@ -16,6 +16,12 @@ void SppHost::setSource(const QString &source)
 void SppHost::parse(uint8_t byte)
 {
     if (vrd_frame_rx_byte(&VARDA_SPP_FORMAT, d, &d_len, &d_target, &state, byte))
+        frameComplete();
+}
+
+void SppHost::frameComplete()
+{
+    if (vrd_frame_crc_ok(d, d_len))
         emit newPacket(d[3], d + SPP_HEADER_LEN, uint16_t(d_len - SPP_HEADER_LEN), m_source);
 }
 

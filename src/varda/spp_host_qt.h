@@ -37,9 +37,12 @@ public:
 signals:
     // data points into the host's own buffer and is valid only during the
     // emission; receivers copy what they keep.
-    void newPacket(uint8_t type, uint8_t *data, uint16_t len, QString source);
+    void newPacket(uint8_t type, uint8_t *data, uint16_t len, const QString &source);
 
 private:
+    // CRC check and delivery, once per frame; keeps parse() a leaf.
+    void frameComplete();
+
     uint8_t d[SPP_MAX_FRAME];
     uint16_t d_len = 0;
     uint16_t d_target = 0;

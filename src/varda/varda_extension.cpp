@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+// clang-format off
 const char *const EXT_TYPE_STRINGS[VRD_EXT_TYPES] = {
     "data",    "src",     "stat",       "simplehop", "pos",    "toh",      "dest",     "cmd_req",
     "text",    "request", "car_bat",    "car_charge", "car_trip", "rx_src", "ipv4_src", "ipv6_src",
@@ -11,9 +12,10 @@ const uint16_t EXT_TYPE_SIZES[VRD_EXT_TYPES] = {
     VRD_EXT_SIZE_VARIABLE, 7, 22, 1, 17, 5, 6, VRD_EXT_SIZE_VARIABLE,
     VRD_EXT_SIZE_VARIABLE, 1, 4,  2, 10, 7, 4, 16,
 };
+// clang-format on
 
-uint8_t *vrd_ext_allocate_buffer(uint8_t *d, uint16_t *d_len, uint16_t d_size, uint8_t pkt_type,
-                                 uint16_t data_len)
+uint8_t *vrd_ext_allocate_buffer(
+    uint8_t *d, uint16_t *d_len, uint16_t d_size, uint8_t pkt_type, uint16_t data_len)
 {
     const uint32_t used = *d_len;
     if (used + 2u + data_len > d_size)
@@ -24,8 +26,8 @@ uint8_t *vrd_ext_allocate_buffer(uint8_t *d, uint16_t *d_len, uint16_t d_size, u
     return d + used + 2;
 }
 
-void vrd_ext_append_buffer(uint8_t *d, uint16_t *d_len, uint16_t d_size, uint8_t type,
-                           const uint8_t *data, uint16_t size)
+void vrd_ext_append_buffer(
+    uint8_t *d, uint16_t *d_len, uint16_t d_size, uint8_t type, const uint8_t *data, uint16_t size)
 {
     uint8_t *dst = vrd_ext_allocate_buffer(d, d_len, d_size, type, size);
     if (dst && size)
@@ -69,8 +71,10 @@ uint16_t vrd_ext_numpkts(const uint8_t *d, uint16_t d_len)
 
 static void pack_callsign(uint8_t *enc, const uint8_t v[8])
 {
-    const uint32_t hi = (uint32_t)(v[0] & 63) << 18 | (uint32_t)(v[1] & 63) << 12 | (uint32_t)(v[2] & 63) << 6 | (v[3] & 63);
-    const uint32_t lo = (uint32_t)(v[4] & 63) << 18 | (uint32_t)(v[5] & 63) << 12 | (uint32_t)(v[6] & 63) << 6 | (v[7] & 63);
+    const uint32_t hi = (uint32_t)(v[0] & 63) << 18 | (uint32_t)(v[1] & 63) << 12 | (uint32_t)(v[2] & 63) << 6
+        | (v[3] & 63);
+    const uint32_t lo = (uint32_t)(v[4] & 63) << 18 | (uint32_t)(v[5] & 63) << 12 | (uint32_t)(v[6] & 63) << 6
+        | (v[7] & 63);
     enc[0] = (uint8_t)(hi >> 16);
     enc[1] = (uint8_t)(hi >> 8);
     enc[2] = (uint8_t)hi;
@@ -106,7 +110,7 @@ static bool parse_ssid(const char *p, uint8_t *ssid)
 
 bool vrd_ext_encode_callsign(uint8_t *enc_callsign, const char *callsign)
 {
-    uint8_t v[8] = {0};
+    uint8_t v[8] = { 0 };
     int n = 0;
     const char *p = callsign;
     while (n < 7 && *p != '\0' && *p != '-') {
@@ -126,8 +130,14 @@ void vrd_ext_decode_callsign(char *callsign, const uint8_t *enc_callsign)
     const uint32_t hi = (uint32_t)enc_callsign[0] << 16 | (uint32_t)enc_callsign[1] << 8 | enc_callsign[2];
     const uint32_t lo = (uint32_t)enc_callsign[3] << 16 | (uint32_t)enc_callsign[4] << 8 | enc_callsign[5];
     const uint8_t v[8] = {
-        (uint8_t)((hi >> 18) & 63), (uint8_t)((hi >> 12) & 63), (uint8_t)((hi >> 6) & 63), (uint8_t)(hi & 63),
-        (uint8_t)((lo >> 18) & 63), (uint8_t)((lo >> 12) & 63), (uint8_t)((lo >> 6) & 63), (uint8_t)(lo & 63),
+        (uint8_t)((hi >> 18) & 63),
+        (uint8_t)((hi >> 12) & 63),
+        (uint8_t)((hi >> 6) & 63),
+        (uint8_t)(hi & 63),
+        (uint8_t)((lo >> 18) & 63),
+        (uint8_t)((lo >> 12) & 63),
+        (uint8_t)((lo >> 6) & 63),
+        (uint8_t)(lo & 63),
     };
     for (int i = 0; i < 7; i++)
         callsign[i] = (char)v[i];

@@ -121,13 +121,13 @@ static_assert(sizeof(varda_toh_t) == 5, "varda_toh_t is packed");
  * Fails, returning null and leaving the packet unchanged, when it does not
  * fit. */
 uint8_t *vrd_ext_allocate_pkt(tx_pkt_t *p, uint8_t pkt_type, uint16_t data_len);
-uint8_t *vrd_ext_allocate_buffer(uint8_t *d, uint16_t *d_len, uint16_t d_size, uint8_t pkt_type,
-                                 uint16_t data_len);
+uint8_t *vrd_ext_allocate_buffer(
+    uint8_t *d, uint16_t *d_len, uint16_t d_size, uint8_t pkt_type, uint16_t data_len);
 
 /* Appends a whole sub-packet; does nothing when it does not fit. */
 void vrd_ext_append_pkt(tx_pkt_t *p, uint8_t type, const uint8_t *data, uint16_t size);
-void vrd_ext_append_buffer(uint8_t *d, uint16_t *d_len, uint16_t d_size, uint8_t type,
-                           const uint8_t *data, uint16_t size);
+void vrd_ext_append_buffer(
+    uint8_t *d, uint16_t *d_len, uint16_t d_size, uint8_t type, const uint8_t *data, uint16_t size);
 
 /* Number of sub-packets in a received chain. Returns 0 for an empty chain
  * and for an invalid one (a type of 16 or more, or a fixed-size type whose

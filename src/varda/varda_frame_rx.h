@@ -22,16 +22,65 @@
 enum vrd_frame_state_t { VRD_FRAME_START = 0, VRD_FRAME_HEADER = 1, VRD_FRAME_PAYLOAD = 2 };
 
 typedef struct {
-    uint8_t start;    /* start byte */
-    uint8_t hdr_len;  /* header bytes, length byte included */
+    uint8_t start; /* start byte */
+    uint8_t hdr_len; /* header bytes, length byte included */
     uint16_t max_len; /* buffer size: header + 255 */
 } vrd_frame_fmt_t;
 
+/* CRC check of a complete frame of d_len bytes: crc_ccitt over bytes 3 .. end
+ * against the little-endian uint16 at bytes 1-2. */
+bool vrd_frame_crc_ok(const uint8_t *d, uint16_t d_len);
+
 /* Feeds one byte. d must hold fmt->max_len bytes. Returns true when d holds
- * a complete frame of *d_len bytes whose CRC matches; the receiver is then
- * back in VRD_FRAME_START. Returns false otherwise (byte stored, dropped,
- * frame incomplete or CRC mismatch). Every store is bounded by max_len. */
-bool vrd_frame_rx_byte(const vrd_frame_fmt_t *fmt, uint8_t *d, uint16_t *d_len,
-                       uint16_t *d_target, uint8_t *state, uint8_t byte);
+ * a complete frame of *d_len bytes, CRC not yet checked (vrd_frame_crc_ok);
+ * the receiver is then back in VRD_FRAME_START. Returns false otherwise
+ * (byte stored or dropped, frame incomplete). Every store is bounded: by
+ * max_len in the payload, by hdr_len in the header.
+ * Inline because it runs once per received byte; the payload state, where
+ * nearly every byte goes, is tested first. Callers keep the per-frame work
+ * in a function of its own so that the per-byte path stays a leaf. */
+static inline bool vrd_frame_rx_byte(
+    const vrd_frame_fmt_t *fmt, uint8_t *d, uint16_t *d_len, uint16_t *d_target, uint8_t *state, uint8_t byte)
+{
+    /* The length is kept in a local: a store into d may alias *d_len, and a
+     * reload after each store would lengthen the per-byte chain. */
+    uint16_t len = *d_len;
+    if (*state == VRD_FRAME_PAYLOAD) {
+        if (len < *d_target && len < fmt->max_len) {
+            d[len++] = byte;
+            *d_len = len;
+            if (len != *d_target)
+                return false;
+            *state = VRD_FRAME_START;
+            return true;
+        }
+        /* Past the target: only a zero-length frame, which fills the buffer
+         * and then drops the byte that does not fit. */
+        if (len < fmt->max_len) {
+            d[len] = byte;
+            *d_len = (uint16_t)(len + 1);
+        } else {
+            *state = VRD_FRAME_START;
+        }
+        return false;
+    }
+    if (*state == VRD_FRAME_HEADER && len < fmt->hdr_len) {
+        d[len++] = byte;
+        *d_len = len;
+        if (len == fmt->hdr_len) {
+            *d_target = (uint16_t)(d[fmt->hdr_len - 1] + fmt->hdr_len);
+            *state = VRD_FRAME_PAYLOAD;
+        }
+        return false;
+    }
+    /* Hunting; also where a corrupted context starts over. */
+    *state = VRD_FRAME_START;
+    if (byte == fmt->start) {
+        d[0] = byte;
+        *d_len = 1;
+        *state = VRD_FRAME_HEADER;
+    }
+    return false;
+}
 
 #endif

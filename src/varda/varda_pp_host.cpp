@@ -3,8 +3,6 @@
 #include "crc_ccitt.h"
 #include "varda_frame_rx.h"
 
-const vrd_frame_fmt_t VARDA_PP_FORMAT = {PP_START, PP_HEADER_LEN, PP_MAX_FRAME};
-
 void varda_pp_init(varda_pp_ctx_t *ctx, varda_pp_data_cb_t data_cb)
 {
     ctx->d_len = 0;
@@ -13,12 +11,16 @@ void varda_pp_init(varda_pp_ctx_t *ctx, varda_pp_data_cb_t data_cb)
     ctx->data_cb = data_cb;
 }
 
+static void pp_frame_complete(varda_pp_ctx_t *ctx)
+{
+    if (vrd_frame_crc_ok(ctx->d, ctx->d_len) && ctx->data_cb)
+        ctx->data_cb(ctx->d + PP_HEADER_LEN, (uint16_t)(ctx->d_len - PP_HEADER_LEN));
+}
+
 void varda_pp_parse(varda_pp_ctx_t *ctx, uint8_t byte)
 {
-    if (!vrd_frame_rx_byte(&VARDA_PP_FORMAT, ctx->d, &ctx->d_len, &ctx->d_target, &ctx->state, byte))
-        return;
-    if (ctx->data_cb)
-        ctx->data_cb(ctx->d + PP_HEADER_LEN, (uint16_t)(ctx->d_len - PP_HEADER_LEN));
+    if (vrd_frame_rx_byte(&VARDA_PP_FORMAT, ctx->d, &ctx->d_len, &ctx->d_target, &ctx->state, byte))
+        pp_frame_complete(ctx);
 }
 
 void varda_pp_fill_header(vrd_pphdr_t *hdr, const uint8_t *d, uint8_t d_len)

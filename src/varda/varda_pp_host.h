@@ -37,7 +37,7 @@ typedef struct {
     varda_pp_data_cb_t data_cb;
 } varda_pp_ctx_t;
 
-extern const vrd_frame_fmt_t VARDA_PP_FORMAT;
+static const vrd_frame_fmt_t VARDA_PP_FORMAT = { PP_START, PP_HEADER_LEN, PP_MAX_FRAME };
 
 void varda_pp_init(varda_pp_ctx_t *ctx, varda_pp_data_cb_t data_cb);
 

@@ -3,8 +3,6 @@
 #include "crc_ccitt.h"
 #include "varda_frame_rx.h"
 
-const vrd_frame_fmt_t VARDA_SPP_FORMAT = {SPP_START, SPP_HEADER_LEN, SPP_MAX_FRAME};
-
 void varda_spp_init(spp_ctx_t *ctx, spp_data_cb_t data_cb)
 {
     ctx->d_len = 0;
@@ -13,12 +11,16 @@ void varda_spp_init(spp_ctx_t *ctx, spp_data_cb_t data_cb)
     ctx->data_cb = data_cb;
 }
 
+static void spp_frame_complete(spp_ctx_t *ctx)
+{
+    if (vrd_frame_crc_ok(ctx->d, ctx->d_len) && ctx->data_cb)
+        ctx->data_cb(ctx->d[3], ctx->d + SPP_HEADER_LEN, (uint16_t)(ctx->d_len - SPP_HEADER_LEN));
+}
+
 void varda_spp_parse(spp_ctx_t *ctx, uint8_t byte)
 {
-    if (!vrd_frame_rx_byte(&VARDA_SPP_FORMAT, ctx->d, &ctx->d_len, &ctx->d_target, &ctx->state, byte))
-        return;
-    if (ctx->data_cb)
-        ctx->data_cb(ctx->d[3], ctx->d + SPP_HEADER_LEN, (uint16_t)(ctx->d_len - SPP_HEADER_LEN));
+    if (vrd_frame_rx_byte(&VARDA_SPP_FORMAT, ctx->d, &ctx->d_len, &ctx->d_target, &ctx->state, byte))
+        spp_frame_complete(ctx);
 }
 
 void varda_spp_fill_header(vrd_spphdr_t *hdr, uint8_t type, const uint8_t *d, uint8_t d_len)

@@ -43,9 +43,9 @@ static_assert(sizeof(vrd_spphdr_t) == 5, "vrd_spphdr_t is packed");
 typedef struct __attribute__((packed)) {
     uint32_t timestamp_toh_us; /* microseconds into the hour */
     uint8_t noise;
-    uint8_t rssi;              /* dBm = value - 200 */
-    uint8_t errors;            /* corrected symbol errors */
-    uint8_t varda_flags;       /* bit 0: extension sub-packets follow */
+    uint8_t rssi; /* dBm = value - 200 */
+    uint8_t errors; /* corrected symbol errors */
+    uint8_t varda_flags; /* bit 0: extension sub-packets follow */
 } spp_rxhdr_t;
 static_assert(sizeof(spp_rxhdr_t) == 8, "spp_rxhdr_t is packed");
 
@@ -66,7 +66,7 @@ typedef struct {
 } spp_ctx_t;
 
 /* Receiver description of the SPP framing (see varda_frame_rx.h). */
-extern const vrd_frame_fmt_t VARDA_SPP_FORMAT;
+static const vrd_frame_fmt_t VARDA_SPP_FORMAT = { SPP_START, SPP_HEADER_LEN, SPP_MAX_FRAME };
 
 void varda_spp_init(spp_ctx_t *ctx, spp_data_cb_t data_cb);
 
