@@ -21,6 +21,7 @@
 #include <QTcpServer>
 #include <QTest>
 #include <QTextBrowser>
+#include <QTextDocument>
 
 #include <memory>
 
@@ -348,9 +349,12 @@ void tst_EndToEnd::screenshots()
     auto station = connectedStation(true, m_haveGateway);
     QVERIFY(station);
     find<QTabWidget>(station.get(), "stationTabs")->setCurrentIndex(1);
+    find<QCheckBox>(station.get(), "ignoreHousekeepingCheck")->setChecked(false);
     QTRY_VERIFY_WITH_TIMEOUT(rows(station.get(), "telemetryTableView") >= 30, WaitMs);
     press(station.get(), "telemetryRequestButton");
     QTRY_COMPARE_WITH_TIMEOUT(ackColour(station.get()), QColor(Qt::darkGreen), WaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        find<QTextBrowser>(station.get(), "logView")->document()->blockCount() >= 12, WaitMs);
     QTest::qWait(300);
     QVERIFY(station->grab().save(dir + "/glider-station.png"));
 }
