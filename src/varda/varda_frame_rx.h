@@ -42,14 +42,15 @@ bool vrd_frame_crc_ok(const uint8_t *d, uint16_t d_len);
 static inline bool vrd_frame_rx_byte(
     const vrd_frame_fmt_t *fmt, uint8_t *d, uint16_t *d_len, uint16_t *d_target, uint8_t *state, uint8_t byte)
 {
-    /* The length is kept in a local: a store into d may alias *d_len, and a
-     * reload after each store would lengthen the per-byte chain. */
+    /* Length and target are kept in locals: a store into d may alias them,
+     * and a reload after each store would lengthen the per-byte chain. */
     uint16_t len = *d_len;
     if (*state == VRD_FRAME_PAYLOAD) {
-        if (len < *d_target && len < fmt->max_len) {
+        const uint16_t target = *d_target;
+        if (len < target && len < fmt->max_len) {
             d[len++] = byte;
             *d_len = len;
-            if (len != *d_target)
+            if (len != target)
                 return false;
             *state = VRD_FRAME_START;
             return true;
