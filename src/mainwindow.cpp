@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QDebug>
 #include <QFormLayout>
+#include <QHeaderView>
 #include <QHostInfo>
 #include <QItemSelectionModel>
 #include <QLabel>
@@ -338,11 +339,24 @@ void MainWindow::tickUdpSocket()
         udpSocket.writeDatagram(QByteArray(), m_ip_address, currentPort());
 }
 
+// Every row the packet log gains makes its table lay itself out again,
+// measuring all its row numbers and repainting: with the row numbers hidden
+// and painting held back while a read is parsed, a burst of packets costs
+// that once. Nothing of it is seen, no event runs in between.
 void MainWindow::feedSppHost(const QString &source, const QByteArray &bytes)
 {
+    QTableView *log = ui->packetTable;
+    QHeaderView *row_numbers = log->verticalHeader();
+    const bool numbered = !row_numbers->isHidden();
+    log->setUpdatesEnabled(false);
+    row_numbers->hide();
+
     m_spp_host->setSource(source);
     for (const char byte : bytes)
         m_spp_host->parse(uint8_t(byte));
+
+    row_numbers->setVisible(numbered);
+    log->setUpdatesEnabled(true);
 }
 
 void MainWindow::readSerialData()

@@ -3,10 +3,12 @@
 #include <QFile>
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QProcess>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSerialPort>
 #include <QSignalSpy>
@@ -210,6 +212,7 @@ void TestMainWindowLinks::tcpFramesBothWays()
     TcpModem modem;
     WindowDriver driver;
     QVERIFY(driver.connectTcp(&modem));
+    driver.find<QTabWidget>("tabWidget")->setCurrentWidget(driver.find<QWidget>("tabPackets"));
 
     // One frame in two writes, then a reply to a command typed in the terminal.
     const QByteArray frame = rxFrame(113, 1, src("ALPHA-1", 5) + stat());
@@ -217,6 +220,14 @@ void TestMainWindowLinks::tcpFramesBothWays()
     modem.send(frame.mid(7));
     QTRY_COMPARE(driver.packetRows(), 1);
     QCOMPARE(driver.packetCell(0, 1), QStringLiteral("rx(-87), tcp"));
+    auto *log = driver.find<QTableView>("packetTable");
+    // Laid out as if the packet had come alone.
+    QVERIFY(log->verticalHeader()->isVisible());
+    const QRect viewport = log->viewport()->geometry();
+    const QRect bar = driver.rssiBar(0)->geometry();
+    log->doItemsLayout();
+    QCOMPARE(log->viewport()->geometry(), viewport);
+    QCOMPARE(driver.rssiBar(0)->geometry(), bar);
 
     driver.typeCommand("ver");
     const QList<SentFrame> sent = modem.waitForFrames(1);
