@@ -8,7 +8,7 @@ if(NOT VARDA_CLANGXX OR NOT VARDA_CLANG)
 endif()
 
 include(ExternalProject)
-set(VARDA_FUZZ_BINARY_DIR ${CMAKE_BINARY_DIR}/fuzz-build)
+set(VARDA_FUZZ_BINARY_DIR ${PROJECT_BINARY_DIR}/fuzz-build)
 ExternalProject_Add(varda_fuzzers
   SOURCE_DIR ${PROJECT_SOURCE_DIR}/fuzz
   BINARY_DIR ${VARDA_FUZZ_BINARY_DIR}
@@ -22,7 +22,7 @@ set(VARDA_FUZZ_RUNS 20000 CACHE STRING "libFuzzer runs per target under CTest")
 # Registers one short fuzzing run as a test. New inputs go to a scratch
 # directory in the build tree; the checked-in seeds are read only.
 function(varda_fuzz_target name)
-  set(work ${CMAKE_BINARY_DIR}/fuzz-work/${name})
+  set(work ${PROJECT_BINARY_DIR}/fuzz-work/${name})
   file(MAKE_DIRECTORY ${work})
   set(seeds "")
   if(EXISTS ${PROJECT_SOURCE_DIR}/fuzz/corpus/${name})
