@@ -11,9 +11,9 @@ void GatewayFramer::append(const QByteArray &bytes)
 
 GatewayFramer::Result GatewayFramer::next(uint32_t *type, QByteArray *content)
 {
-    if (m_buffer.size() < int(sizeof(gateway_hdr_t)))
+    if (m_buffer.size() < int(sizeof(iridium_msg_hdr_t)))
         return NeedMore;
-    gateway_hdr_t hdr;
+    iridium_msg_hdr_t hdr;
     memcpy(&hdr, m_buffer.constData(), sizeof(hdr));
     const uint32_t totLength = qFromLittleEndian(hdr.tot_length);
     if (totLength < sizeof(hdr.type) || totLength > MAX_MESSAGE) {
@@ -31,7 +31,7 @@ GatewayFramer::Result GatewayFramer::next(uint32_t *type, QByteArray *content)
 
 QByteArray GatewayFramer::frame(uint32_t type, const QByteArray &content)
 {
-    gateway_hdr_t hdr;
+    iridium_msg_hdr_t hdr;
     hdr.tot_length = qToLittleEndian(uint32_t(sizeof(hdr.type) + content.size()));
     hdr.type = qToLittleEndian(type);
     return QByteArray(reinterpret_cast<const char *>(&hdr), sizeof(hdr)) + content;

@@ -79,13 +79,13 @@ void IridiumGateway::readClient(QTcpSocket *socket)
 
 void IridiumGateway::handleMessage(uint32_t type, const QByteArray &content)
 {
-    if (type == GatewayFramer::SBD_TX_REQUEST) {
+    if (type == IridiumTcp::SBDTXRequest) {
         queueSbd(content);
         return;
     }
     QString callsign;
     QByteArray payload;
-    if (type == GatewayFramer::RAW_PAYLOAD && GatewayFramer::readRelayPayload(content, &callsign, &payload)) {
+    if (type == IridiumTcp::RawPayload && GatewayFramer::readRelayPayload(content, &callsign, &payload)) {
         simLog("gateway", QString("relayhub: %1 bytes from %2").arg(payload.size()).arg(callsign));
         return;
     }
@@ -133,7 +133,7 @@ void IridiumGateway::runSession()
 void IridiumGateway::deliverMo(const QByteArray &data)
 {
     const QByteArray frame
-        = GatewayFramer::frame(GatewayFramer::RAW_PAYLOAD, GatewayFramer::vehiclePayload(m_imei, data));
+        = GatewayFramer::frame(IridiumTcp::RawPayload, GatewayFramer::vehiclePayload(m_imei, data));
     for (auto it = m_clients.cbegin(); it != m_clients.cend(); ++it)
         it.key()->write(frame);
     simLog("gateway",
