@@ -2,7 +2,6 @@
 #define AIRPACKET_H
 
 #include <QByteArray>
-#include <QMetaType>
 
 // A radio packet as the base modem hears it: the payload with its flags and
 // the reception figures the modem reports in spp_rxhdr_t.
@@ -13,7 +12,5 @@ struct AirPacket {
     int noiseDbm = -120;
     quint8 errors = 0; // corrected symbol errors
 };
-
-Q_DECLARE_METATYPE(AirPacket)
 
 #endif

@@ -2,6 +2,8 @@
 
 #include <QRandomGenerator>
 
+#include <limits>
+
 #include "simlog.h"
 #include "sonar.h"
 
@@ -71,9 +73,10 @@ void SimGlider::start(double rate)
 
 void SimGlider::startInterval(QTimer *timer, quint8 code)
 {
-    const int ms = int(cmd_interval_to_msec(code) / m_rate);
+    const double ms = cmd_interval_to_msec(code) / m_rate;
+    // Code 0 means never; 135 h slowed down by ten no longer fits a timer.
     if (ms > 0)
-        timer->start(qMax(ms, 200));
+        timer->start(int(qBound(200.0, ms, double(std::numeric_limits<int>::max()))));
     else
         timer->stop();
 }
