@@ -4,6 +4,19 @@
 
 namespace
 {
+const QCommandLineOption Bind("bind", "Address to listen on (default 127.0.0.1).", "address", "127.0.0.1");
+const QCommandLineOption ModemPort(
+    "modem-port", "TCP and UDP port of the modem (default 10004).", "port", "10004");
+const QCommandLineOption GatewayPort(
+    "gateway-port", "TCP port of the Iridium gateway (default 10020).", "port", "10020");
+const QCommandLineOption Rate(
+    "rate", "Traffic rate relative to normal, 0.1 to 100 (default 1).", "factor", "1");
+const QCommandLineOption Seed("seed", "Seed of the random values, for repeatable runs.", "number");
+const QCommandLineOption Roles("roles",
+    "Roles to play, comma separated: modem, glider, gateway (default all).", "list", "modem,glider,gateway");
+const QCommandLineOption Stations("stations", "Number of remote stations, 0 to 8 (default 4).", "count", "4");
+const QCommandLineOption Pty("pty", "Also serve the modem on a pseudo-terminal; its name is logged.");
+
 bool readPort(const QString &text, quint16 *port)
 {
     bool ok = false;
@@ -27,7 +40,35 @@ bool readRoles(const QString &text, SimOptions *options)
         else
             return false;
     }
+    // The glider needs a way in.
     return options->modem || options->gateway;
+}
+
+bool readNumbers(const QCommandLineParser &parser, SimOptions *options, QString *error)
+{
+    if (!readPort(parser.value(ModemPort), &options->modemPort)
+        || !readPort(parser.value(GatewayPort), &options->gatewayPort)) {
+        *error = "ports are numbers from 1 to 65535";
+        return false;
+    }
+    bool ok = false;
+    options->rate = parser.value(Rate).toDouble(&ok);
+    if (!ok || options->rate < 0.1 || options->rate > 100) {
+        *error = "the rate is a number from 0.1 to 100";
+        return false;
+    }
+    options->stations = parser.value(Stations).toInt(&ok);
+    if (!ok || options->stations < 0 || options->stations > 8) {
+        *error = "the number of stations is 0 to 8";
+        return false;
+    }
+    options->seedGiven = parser.isSet(Seed);
+    options->seed = parser.value(Seed).toUInt(&ok);
+    if (options->seedGiven && !ok) {
+        *error = "the seed is an unsigned number";
+        return false;
+    }
+    return true;
 }
 }
 
@@ -39,48 +80,19 @@ bool SimOptions::parse(const QStringList &arguments, SimOptions *options, QStrin
         "Iridium gateway, on this machine.");
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption bind("bind", "Address to listen on.", "address", "127.0.0.1");
-    const QCommandLineOption modemPort("modem-port", "TCP and UDP port of the modem.", "port", "10004");
-    const QCommandLineOption gatewayPort("gateway-port", "TCP port of the Iridium gateway.", "port", "10020");
-    const QCommandLineOption rate("rate", "Traffic rate, relative to normal (0.1 to 100).", "factor", "1");
-    const QCommandLineOption seed("seed", "Seed of the random values, for repeatable runs.", "number");
-    const QCommandLineOption roles(
-        "roles", "Roles to play, comma separated: modem, glider, gateway.", "list", "modem,glider,gateway");
-    const QCommandLineOption stations("stations", "Number of remote stations (0 to 8).", "count", "4");
-    const QCommandLineOption pty("pty", "Also serve the modem on a pseudo-terminal; its name is logged.");
-    parser.addOptions({ bind, modemPort, gatewayPort, rate, seed, roles, stations, pty });
+    parser.addOptions({ Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty });
     parser.process(arguments);
 
-    bool ok = true;
-    if (!options->bind.setAddress(parser.value(bind))) {
-        *error = "not an address: " + parser.value(bind);
+    if (!options->bind.setAddress(parser.value(Bind))) {
+        *error = "not an address: " + parser.value(Bind);
         return false;
     }
-    if (!readPort(parser.value(modemPort), &options->modemPort)
-        || !readPort(parser.value(gatewayPort), &options->gatewayPort)) {
-        *error = "ports are numbers from 1 to 65535";
+    if (!readNumbers(parser, options, error))
         return false;
-    }
-    options->rate = parser.value(rate).toDouble(&ok);
-    if (!ok || options->rate < 0.1 || options->rate > 100) {
-        *error = "the rate is a number from 0.1 to 100";
-        return false;
-    }
-    options->stations = parser.value(stations).toInt(&ok);
-    if (!ok || options->stations < 0 || options->stations > 8) {
-        *error = "the number of stations is 0 to 8";
-        return false;
-    }
-    options->seedGiven = parser.isSet(seed);
-    options->seed = parser.value(seed).toUInt(&ok);
-    if (options->seedGiven && !ok) {
-        *error = "the seed is an unsigned number";
-        return false;
-    }
-    if (!readRoles(parser.value(roles), options)) {
+    if (!readRoles(parser.value(Roles), options)) {
         *error = "roles are modem, glider and gateway; at least modem or gateway";
         return false;
     }
-    options->pty = parser.isSet(pty);
+    options->pty = parser.isSet(Pty);
     return true;
 }
