@@ -30,6 +30,7 @@ GatewaySettings::GatewaySettings(QWidget *parent)
 {
     setObjectName("iridiumGroup");
     m_forward->setChecked(true);
+    connect(m_client, &IridiumTcp::connectionStateChanged, this, [this](bool up) { m_connected = up; });
 
     auto *layout = new QGridLayout(this);
     layout->setContentsMargins(10, 15, 10, 10);
@@ -48,5 +49,5 @@ IridiumTcp *GatewaySettings::client() const
 
 bool GatewaySettings::forwardsVardaData() const
 {
-    return m_forward->isChecked();
+    return m_connected && m_forward->isChecked();
 }

@@ -18,7 +18,7 @@ public:
     explicit GatewaySettings(QWidget *parent = nullptr);
 
     IridiumTcp *client() const;
-    // "Send Varda data to relayhub" ticked.
+    // "Send Varda data to relayhub" ticked and the gateway connected.
     bool forwardsVardaData() const;
 
 private:
@@ -27,6 +27,7 @@ private:
     QCheckBox *m_flush;
     QCheckBox *m_forward;
     IridiumTcp *m_client;
+    bool m_connected = false;
 };
 
 #endif

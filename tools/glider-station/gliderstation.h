@@ -26,7 +26,7 @@ public:
 
 public slots:
     // Vehicle data heard on the radio goes on to relayhub while the
-    // operator wants it to.
+    // operator wants it to and the gateway is connected.
     void forwardPayload(const QString &callsign, const QByteArray &payload);
 
 private:
