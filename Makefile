@@ -16,10 +16,14 @@ configure: deps
 build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
 
-run: build
+# The run targets build only the program and the simulator, not the tests,
+# fuzzers and benchmarks that `make test` needs.
+run: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target varda-toolbox varda-sim
 	@tools/run-with-sim $(BUILD) $(BUILD)/src/varda-toolbox
 
-run-glider: build
+run-glider: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target glider-station varda-sim
 	@tools/run-with-sim $(BUILD) $(BUILD)/tools/glider-station/glider-station
 
 test: build

@@ -39,13 +39,21 @@ typedef struct __attribute__((packed)) {
 } vrd_spphdr_t;
 static_assert(sizeof(vrd_spphdr_t) == 5, "vrd_spphdr_t is packed");
 
-/* Header in front of a received radio packet (type 0). */
+/* Header in front of a received radio packet (type 0), little-endian:
+ *
+ *   offset  width  field              meaning
+ *   0       4      timestamp_toh_us   receive time, microseconds into the hour
+ *   4       1      noise              noise level as the modem reports it
+ *   5       1      rssi               signal level; dBm = value - 200
+ *   6       1      errors             corrected symbol errors
+ *   7       1      varda_flags        bit 0: extension sub-packets follow
+ */
 typedef struct __attribute__((packed)) {
-    uint32_t timestamp_toh_us; /* microseconds into the hour */
+    uint32_t timestamp_toh_us;
     uint8_t noise;
-    uint8_t rssi; /* dBm = value - 200 */
-    uint8_t errors; /* corrected symbol errors */
-    uint8_t varda_flags; /* bit 0: extension sub-packets follow */
+    uint8_t rssi;
+    uint8_t errors;
+    uint8_t varda_flags;
 } spp_rxhdr_t;
 static_assert(sizeof(spp_rxhdr_t) == 8, "spp_rxhdr_t is packed");
 
