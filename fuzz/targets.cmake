@@ -20,3 +20,5 @@ endif()
 varda_fuzz_target(fuzz_sim_gateway varda_sim_core)
 varda_fuzz_target(fuzz_sim_vehicle varda_sim_core)
 varda_fuzz_target(fuzz_sim_modem varda_sim_core)
+# --- main window ---
+varda_fuzz_target(fuzz_mainwindow_dispatch toolbox)
