@@ -96,6 +96,7 @@ MainWindow::MainWindow(QWidget *parent)
     m_spp_host.reset(new SppHost);
     connect(m_spp_host.get(), &SppHost::newPacket, this, &MainWindow::handleSppPacket);
 
+    // A member, gone before the window: the parent only makes it findable.
     m_udp_tick_timer.setParent(this);
     m_udp_tick_timer.setObjectName(QStringLiteral("m_udp_tick_timer"));
 
@@ -235,10 +236,10 @@ void MainWindow::toggleConnection()
     if (!resolvePeer())
         return;
     if (type == QLatin1String(LINK_TCP)) {
-        tcpSocket.connectToHost(m_ip_address, currentPort(), QIODevice::ReadWrite);
         connect(&tcpSocket, &QTcpSocket::connected, this, &MainWindow::tcpConnected);
         connect(&tcpSocket, &QTcpSocket::disconnected, this, &MainWindow::tcpDisconnected);
         connect(&tcpSocket, &QTcpSocket::readyRead, this, &MainWindow::readTcpData);
+        tcpSocket.connectToHost(m_ip_address, currentPort(), QIODevice::ReadWrite);
     } else if (type == QLatin1String(LINK_UDP)) {
         openUdp();
     }
