@@ -231,27 +231,20 @@ void TestMainWindowTerminal::pickedDestination()
     hearStations({ "ALPHA-1", "BRAVO-2" });
     auto *destination = m_driver->find<QComboBox>("terminalSelectActive");
     auto *output = m_driver->find<QPlainTextEdit>("commandOutputTextEdit");
-    QCOMPARE(destination->count(), 2);
-
     destination->setFocus();
     QTest::keyClick(destination, Qt::Key_Down);
-    QCOMPARE(destination->currentText(), QStringLiteral("ALPHA-1"));
-    QCOMPARE(MessageLog::count("Select finished. Active station ALPHA-1"), 1);
-
-    m_modem->send(replyFrame("kept"));
-    QTRY_COMPARE(output->toPlainText(), QStringLiteral("kept"));
     QTest::keyClick(destination, Qt::Key_Down);
-    QTest::keyClick(destination, Qt::Key_Up);
+    QCOMPARE(destination->currentText(), QStringLiteral("BRAVO-2"));
     QCOMPARE(MessageLog::count("Select finished. Active station BRAVO-2"), 1);
-    QCOMPARE(MessageLog::count("Select finished. Active station ALPHA-1"), 2);
-    QVERIFY(output->toPlainText().isEmpty());
 
     m_modem->send(replyFrame("kept"));
     QTRY_COMPARE(output->toPlainText(), QStringLiteral("kept"));
     // As the list popup does when the current item is chosen again.
-    emit destination->activated(0);
-    QCOMPARE(MessageLog::count("Select finished. Active station ALPHA-1"), 2);
+    emit destination->activated(1);
+    QCOMPARE(MessageLog::count("Select finished. Active station BRAVO-2"), 1);
     QCOMPARE(output->toPlainText(), QStringLiteral("kept"));
+    QTest::keyClick(destination, Qt::Key_Up);
+    QVERIFY(output->toPlainText().isEmpty());
 
     m_driver->chooseTerminalMode(EXT_CMD);
     m_driver->typeCommand("ping");
