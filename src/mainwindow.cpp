@@ -348,7 +348,6 @@ void MainWindow::feedSppHost(const QString &source, const QByteArray &bytes)
 {
     QTableView *log = ui->packetTable;
     QHeaderView *row_numbers = log->verticalHeader();
-    const bool numbered = !row_numbers->isHidden();
     log->setUpdatesEnabled(false);
     row_numbers->hide();
 
@@ -356,7 +355,8 @@ void MainWindow::feedSppHost(const QString &source, const QByteArray &bytes)
     for (const char byte : bytes)
         m_spp_host->parse(uint8_t(byte));
 
-    row_numbers->setVisible(numbered);
+    // Shown with the table, also when the window is not on screen yet.
+    row_numbers->show();
     log->setUpdatesEnabled(true);
 }
 
