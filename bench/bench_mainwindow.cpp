@@ -1,34 +1,27 @@
 #include <benchmark/benchmark.h>
 
-#include <QAbstractItemModel>
-#include <QComboBox>
-#include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTabWidget>
-#include <QTableView>
-#include <QTcpServer>
-#include <QTcpSocket>
+#include <QList>
 
-#include <functional>
 #include <string.h>
 
-#include "mainwindow.h"
+#include "connectedwindow.h"
+#include "loadtraffic.h"
+#include "quietdebug.h"
 #include "spp_host_qt.h"
 #include "varda_extension.h"
 #include "varda_extension_qt.h"
 #include "varda_spp_host.h"
 
-// How many typical packets per second the main window takes from a modem on
-// TCP loopback, against the bare SppHost parser over the same bytes.
+// How many packets per second the main window takes from a modem on TCP
+// loopback, against the bare SppHost parser over the same bytes: typical
+// src + stat packets from a few stations, and the mixed traffic of a
+// network of 100 or 5,000 stations.
 
 namespace
 {
 
 const int BATCH = 1000;
 const int STATIONS = 10;
-const int WAIT_MS = 30000;
 
 // A received radio packet as a modem on the air delivers it: receive header,
 // then src and stat sub-packets.
@@ -57,105 +50,110 @@ QByteArray typicalFrame(int station, uint8_t seq)
     return QByteArray(reinterpret_cast<const char *>(&header), sizeof header) + payload;
 }
 
-QByteArray typicalBatch()
+QList<QByteArray> typicalBatches()
 {
     QByteArray batch;
     for (int i = 0; i < BATCH; i++)
         batch += typicalFrame(i % STATIONS, uint8_t(i));
-    return batch;
+    return { batch };
 }
 
-bool waitFor(const std::function<bool()> &done)
+// Batches of mixed traffic that together hear every station at least once;
+// the runs cycle through them.
+QList<QByteArray> loadBatches(int stations)
 {
-    QElapsedTimer timer;
-    timer.start();
-    while (!done()) {
-        if (timer.elapsed() > WAIT_MS)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-    }
-    return true;
+    LoadTraffic traffic(stations);
+    QList<QByteArray> batches;
+    for (int frames = 0; frames < traffic.framesToHearAll() || batches.isEmpty(); frames += BATCH)
+        batches.append(traffic.next(BATCH));
+    return batches;
 }
 
-// A shown window connected over TCP to a modem played in this process.
-class ConnectedWindow
+qint64 totalSize(const QList<QByteArray> &batches)
 {
-public:
-    explicit ConnectedWindow(int tab)
-    {
-        m_server.listen(QHostAddress::LocalHost, 0);
-        m_window.findChild<QTabWidget *>("tabWidget")->setCurrentIndex(tab);
-        m_window.show();
-        auto *linkType = m_window.findChild<QComboBox *>("linkTypeCombo");
-        linkType->setCurrentIndex(linkType->findText("TCP"));
-        m_window.findChild<QLineEdit *>("portText")->setText(QString::number(m_server.serverPort()));
-        m_window.findChild<QPushButton *>("connectButton")->click();
-        waitFor([this] { return m_server.hasPendingConnections(); });
-        m_modem = m_server.nextPendingConnection();
-        const QAbstractItemModel *log = m_window.findChild<QTableView *>("packetTable")->model();
-        QObject::connect(log, &QAbstractItemModel::rowsInserted, &m_window, [this] { m_rows++; });
-    }
+    qint64 size = 0;
+    for (const QByteArray &batch : batches)
+        size += batch.size();
+    return size;
+}
 
-    bool connected() const
-    {
-        return m_modem != nullptr;
-    }
-
-    // Sends the batch and runs the event loop until every packet is logged.
-    bool deliver(const QByteArray &batch, int packets)
-    {
-        m_rows = 0;
-        m_modem->write(batch);
-        return waitFor([&] { return m_rows >= packets; });
-    }
-
-private:
-    QTcpServer m_server;
-    MainWindow m_window;
-    QTcpSocket *m_modem = nullptr;
-    int m_rows = 0;
-};
-
-void silence(QtMsgType, const QMessageLogContext &, const QString &) { }
-
-} // namespace
-
-static void BM_MainWindowTcp(benchmark::State &state)
+// Argument 0 is the tab on view. One pass over all batches before the
+// timing fills the log to its 200 rows and hears every station, so the runs
+// measure the steady state.
+void runWindow(benchmark::State &state, const QList<QByteArray> &batches)
 {
-    const QtMessageHandler previous = qInstallMessageHandler(silence);
+    const QuietDebug quiet;
     ConnectedWindow window(int(state.range(0)));
     if (!window.connected()) {
         state.SkipWithError("no TCP connection");
         return;
     }
-    const QByteArray batch = typicalBatch();
-    window.deliver(batch, BATCH); // every station heard once, rows at the 200 limit
+    for (const QByteArray &batch : batches)
+        window.deliver(batch, BATCH);
+    int next = 0;
     for (auto _ : state) {
-        if (!window.deliver(batch, BATCH)) {
+        if (!window.deliver(batches.at(next), BATCH)) {
             state.SkipWithError("window fell behind");
             break;
         }
+        next = (next + 1) % batches.size();
     }
     state.SetItemsProcessed(state.iterations() * BATCH);
-    state.SetBytesProcessed(state.iterations() * batch.size());
-    qInstallMessageHandler(previous);
+    state.SetBytesProcessed(state.iterations() * totalSize(batches) / batches.size());
+}
+
+void runBareParser(benchmark::State &state, const QList<QByteArray> &batches)
+{
+    SppHost host;
+    int packets = 0;
+    QObject::connect(&host, &SppHost::newPacket, &host, [&packets] { packets++; });
+    host.setSource(QStringLiteral("tcp"));
+    int next = 0;
+    for (auto _ : state) {
+        for (const char byte : batches.at(next))
+            host.parse(uint8_t(byte));
+        next = (next + 1) % batches.size();
+    }
+    if (packets != state.iterations() * BATCH)
+        state.SkipWithError("frames lost");
+    state.SetItemsProcessed(state.iterations() * BATCH);
+    state.SetBytesProcessed(state.iterations() * totalSize(batches) / batches.size());
+}
+
+} // namespace
+
+// Typical src + stat packets from ten stations.
+static void BM_MainWindowTcp(benchmark::State &state)
+{
+    runWindow(state, typicalBatches());
 }
 // Argument: the tab on view (1 "Packets", 2 "Stations", 0 "Settings").
 BENCHMARK(BM_MainWindowTcp)->Arg(1)->Arg(2)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 static void BM_SppHostBare(benchmark::State &state)
 {
-    const QByteArray batch = typicalBatch();
-    SppHost host;
-    int packets = 0;
-    QObject::connect(&host, &SppHost::newPacket, &host, [&packets] { packets++; });
-    host.setSource(QStringLiteral("tcp"));
-    for (auto _ : state) {
-        for (const char byte : batch)
-            host.parse(uint8_t(byte));
-    }
-    benchmark::DoNotOptimize(packets);
-    state.SetItemsProcessed(state.iterations() * BATCH);
-    state.SetBytesProcessed(state.iterations() * batch.size());
+    runBareParser(state, typicalBatches());
 }
 BENCHMARK(BM_SppHostBare)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Mixed traffic from many stations (loadtraffic.h).
+static void BM_MainWindowLoad(benchmark::State &state)
+{
+    runWindow(state, loadBatches(int(state.range(1))));
+}
+BENCHMARK(BM_MainWindowLoad)
+    ->ArgNames({ "tab", "stations" })
+    ->ArgsProduct({ { 1, 2, 0 }, { 100, 5000 } })
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+static void BM_SppHostBareLoad(benchmark::State &state)
+{
+    runBareParser(state, loadBatches(int(state.range(0))));
+}
+BENCHMARK(BM_SppHostBareLoad)
+    ->ArgName("stations")
+    ->Arg(100)
+    ->Arg(5000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();

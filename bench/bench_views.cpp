@@ -11,6 +11,7 @@
 #include <QTableView>
 
 #include "packetmodel.h"
+#include "quietdebug.h"
 #include "varda_extension.h"
 #include "varda_extension_qt.h"
 
@@ -34,24 +35,6 @@ QByteArray statusBeacon()
     vrd_ext_append_buffer(pkt, &len, sizeof pkt, VRD_EXT_SIMPLEHOP, &hop, 1);
     return QByteArray(reinterpret_cast<const char *>(pkt), len);
 }
-
-// The "New item" lines of a fresh model would make the terminal set the pace.
-class QuietDebug
-{
-public:
-    QuietDebug()
-        : m_previous(qInstallMessageHandler(&QuietDebug::drop))
-    {
-    }
-    ~QuietDebug()
-    {
-        qInstallMessageHandler(m_previous);
-    }
-
-private:
-    static void drop(QtMsgType, const QMessageLogContext &, const QString &) { }
-    QtMessageHandler m_previous;
-};
 
 const uint8_t *bytes(const QByteArray &data)
 {
