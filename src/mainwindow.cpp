@@ -5,7 +5,6 @@
 #include <QDateTime>
 #include <QDebug>
 #include <QFormLayout>
-#include <QHeaderView>
 #include <QHostInfo>
 #include <QItemSelectionModel>
 #include <QLabel>
@@ -112,6 +111,8 @@ MainWindow::MainWindow(QWidget *parent)
 
     buildLinkSettings();
 
+    m_icon_active.load(QLatin1String(ICON_ACTIVE));
+    m_icon_idle.load(QLatin1String(ICON_IDLE));
     m_packet_inducator = new QLabel(this);
     m_packet_inducator->setObjectName(QStringLiteral("m_packet_inducator"));
     packetIndicatorStop();
@@ -340,24 +341,13 @@ void MainWindow::tickUdpSocket()
         udpSocket.writeDatagram(QByteArray(), m_ip_address, currentPort());
 }
 
-// Every row the packet log gains makes its table lay itself out again,
-// measuring all its row numbers and repainting: with the row numbers hidden
-// and painting held back while a read is parsed, a burst of packets costs
-// that once. Nothing of it is seen, no event runs in between.
+// The packet log's table lays itself out once per pass of the event loop,
+// not once per packet (PacketTableView), so a burst costs that once.
 void MainWindow::feedSppHost(const QString &source, const QByteArray &bytes)
 {
-    QTableView *log = ui->packetTable;
-    QHeaderView *row_numbers = log->verticalHeader();
-    log->setUpdatesEnabled(false);
-    row_numbers->hide();
-
     m_spp_host->setSource(source);
     for (const char byte : bytes)
         m_spp_host->parse(uint8_t(byte));
-
-    // Shown with the table, also when the window is not on screen yet.
-    row_numbers->show();
-    log->setUpdatesEnabled(true);
 }
 
 void MainWindow::readSerialData()
@@ -408,13 +398,13 @@ void MainWindow::sendData(const QByteArray &data)
 // icon grey again.
 void MainWindow::packetIndicatorStart()
 {
-    m_packet_inducator->setPixmap(QPixmap(QLatin1String(ICON_ACTIVE)));
+    m_packet_inducator->setPixmap(m_icon_active);
     QTimer::singleShot(INDICATOR_MS, this, &MainWindow::packetIndicatorStop);
 }
 
 void MainWindow::packetIndicatorStop()
 {
-    m_packet_inducator->setPixmap(QPixmap(QLatin1String(ICON_IDLE)));
+    m_packet_inducator->setPixmap(m_icon_idle);
 }
 
 void MainWindow::handleSppPacket(uint8_t type, const uint8_t *d, uint16_t d_len, const QString &path)

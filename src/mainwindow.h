@@ -5,6 +5,7 @@
 #include <QHostAddress>
 #include <QMainWindow>
 #include <QModelIndex>
+#include <QPixmap>
 #include <QPointer>
 #include <QString>
 #include <QStringList>
@@ -113,6 +114,10 @@ private:
     std::unique_ptr<SppHost> m_spp_host;
     QTimer m_udp_tick_timer;
     QLabel *m_packet_inducator;
+    // Loaded once: looking the image up again for every packet would cost
+    // more than the rest of the blink.
+    QPixmap m_icon_active;
+    QPixmap m_icon_idle;
     const QString m_version;
     // The link settings rows are destroyed by the form layout on every link
     // type change, hence the guarded pointers.

@@ -38,16 +38,17 @@ packetModel::packetModel(QObject *parent)
 void packetModel::addPacket(QAbstractItemView *view, const QString &callsign, const QString &path, int rssi,
     int size, const QString &ext_content)
 {
-    insertRow(0);
+    // The row comes with its items: each item set into a row already shown
+    // would make the views lay out their headers again.
+    QList<QStandardItem *> row { nullptr, new QStandardItem(path), nullptr,
+        new QStandardItem(QString::number(size)), new QStandardItem(ext_content) };
     if (!callsign.isEmpty())
-        setItem(0, STATION, new QStandardItem(callsign));
-    setItem(0, PATH, new QStandardItem(path));
+        row[STATION] = new QStandardItem(callsign);
+    insertRow(0, row);
     // The view keeps its index widgets on persistent indexes: the bar moves
     // down with its row and goes when the row is removed.
     if (rssi != RSSI_UNKNOWN && view && view->model() == this)
         view->setIndexWidget(index(0, RSSI), rssiBar(rssi));
-    setItem(0, SIZE, new QStandardItem(QString::number(size)));
-    setItem(0, CONTENT, new QStandardItem(ext_content));
     while (rowCount() > MAX_ROWS)
         removeRow(rowCount() - 1);
 }

@@ -89,11 +89,7 @@ StationListModel::~StationListModel() = default;
 
 Station *StationListModel::get(const QString &callsign) const
 {
-    for (Station *station : m_stations) {
-        if (station->getCallsign() == callsign)
-            return station;
-    }
-    return nullptr;
+    return m_first_by_callsign.value(callsign);
 }
 
 Station *StationListModel::get(int index) const
@@ -111,6 +107,8 @@ Station *StationListModel::append(const QString &callsign)
     connect(station, &Station::changed, this, &StationListModel::changed);
     emit layoutAboutToBeChanged();
     m_stations.append(station);
+    if (!m_first_by_callsign.contains(callsign))
+        m_first_by_callsign.insert(callsign, station);
     emit layoutChanged();
     return station;
 }

@@ -3,6 +3,7 @@
 
 #include <QAbstractTableModel>
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -73,6 +74,9 @@ public slots:
 
 private:
     QList<Station *> m_stations;
+    // The first station of each callsign, the one a search in list order
+    // finds: append does not refuse a callsign already listed.
+    QHash<QString, Station *> m_first_by_callsign;
     bool m_show_delta_time = false;
     QTimer m_delta_time_tick;
 };
