@@ -4,15 +4,16 @@
 #include <QByteArray>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <memory>
 
 #include "glider.h"
 
-// What the glider tests share: a panel in a fresh temporary home, payloads
-// written as hex, and the debug lines of the code under test.
-
+// What the glider tests share: payloads written as hex (blanks skipped), the
+// debug lines of the code under test, and a panel in a fresh temporary home
+// (it makes HOME/.toolbox its working and log directory).
 inline QByteArray bytes(const char *hex)
 {
-    return QByteArray::fromHex(hex); // blanks between bytes are skipped
+    return QByteArray::fromHex(hex);
 }
 
 inline QStringList &debugLines()
@@ -29,23 +30,18 @@ inline void captureDebugLines()
     });
 }
 
-// The panel makes HOME/.toolbox its working directory and log directory.
 class GliderInTempHome
 {
 public:
     GliderInTempHome()
     {
         qputenv("HOME", m_home.path().toLocal8Bit());
-        m_glider = new Glider;
+        m_glider.reset(new Glider);
         debugLines().clear();
-    }
-    ~GliderInTempHome()
-    {
-        delete m_glider;
     }
     Glider *glider() const
     {
-        return m_glider;
+        return m_glider.get();
     }
     QString logDir() const
     {
@@ -54,7 +50,7 @@ public:
 
 private:
     QTemporaryDir m_home;
-    Glider *m_glider = nullptr;
+    std::unique_ptr<Glider> m_glider;
 };
 
 #endif
