@@ -1,14 +1,10 @@
 #ifndef REFERENCE_FRAMES_H
 #define REFERENCE_FRAMES_H
 
-// Modem frames built independently of the code under test: the CRC comes
-// from Qt's own CRC-16 (ISO 3309 is the same parameter set), so a fault in
-// our CRC or framing code cannot cancel itself out in the tests.
+// Modem frames built with Qt's own CRC-16 (ISO 3309 is the same parameter set),
+// so that a fault in our CRC or framing code cannot cancel itself out.
 
-#include <QByteArray>
-#include <QList>
-#include <QMetaType>
-#include <QString>
+#include <QtTest>
 
 #include <stdint.h>
 
@@ -18,22 +14,13 @@ namespace reference
 inline QByteArray withCrc(char start, const QByteArray &covered)
 {
     const quint16 crc = qChecksum(covered.constData(), uint(covered.size()), Qt::ChecksumIso3309);
-    QByteArray frame;
-    frame.append(start);
-    frame.append(char(crc & 0xFF)); // little-endian on the wire
-    frame.append(char(crc >> 8));
-    frame.append(covered);
-    return frame;
+    return start + QByteArray(1, char(crc & 0xFF)) + char(crc >> 8) + covered; // little-endian on the wire
 }
 
 // '$' crc type len payload
 inline QByteArray sppFrame(uint8_t type, const QByteArray &payload)
 {
-    QByteArray covered;
-    covered.append(char(type));
-    covered.append(char(payload.size()));
-    covered.append(payload);
-    return withCrc('$', covered);
+    return withCrc('$', char(type) + QByteArray(1, char(payload.size())) + payload);
 }
 
 // '#' crc len payload
@@ -44,28 +31,41 @@ inline QByteArray ppFrame(const QByteArray &payload)
 
 inline QByteArray pattern(int size, int seed = 0)
 {
-    QByteArray bytes(size, '\0');
+    QByteArray bytes;
     for (int i = 0; i < size; i++)
-        bytes[i] = char((i * 7 + seed) & 0xFF);
+        bytes += char(i * 7 + seed);
     return bytes;
 }
 
-// One delivered frame as a receiver saw it.
-struct Frame {
-    int type = -1; // -1: the framing has no type
-    QByteArray payload;
-    QString source;
-
-    bool operator==(const Frame &other) const
-    {
-        return type == other.type && payload == other.payload && source == other.source;
-    }
-};
-using Frames = QList<Frame>;
+// Receive cases common to SPP and PP: a "stream" and the payloads "expected" from it.
+inline void addStreamRows(char start, QByteArray (*frame)(const QByteArray &))
+{
+    using Payloads = QList<QByteArray>;
+    QTest::addColumn<QByteArray>("stream");
+    QTest::addColumn<Payloads>("expected");
+    const QByteArray ok = frame("ok"), next = frame("next");
+    const auto damaged = [](QByteArray bytes, int index) {
+        return bytes.replace(index, 1, QByteArray(1, char(bytes[index] ^ 1)));
+    };
+    QTest::newRow("garbage before it")
+        << QByteArray("\0\x11##$$", 6).replace(start, '.') + ok << Payloads { "ok" };
+    QTest::newRow("bad crc, then a good frame") << damaged(ok, ok.size() - 1) + next << Payloads { "next" };
+    QTest::newRow("start bytes as length and payload")
+        << frame(QByteArray(start, start)) << Payloads { QByteArray(start, start) };
+    QTest::newRow("back to back") << ok + next + ok << Payloads { "ok", "next", "ok" };
+    QTest::newRow("largest payload") << frame(pattern(255, 1)) << Payloads { pattern(255, 1) };
+    QTest::newRow("one byte payload") << frame("\x01") << Payloads { "\x01" };
+    // No resynchronisation inside a frame, and a bad frame is not rescanned.
+    QTest::newRow("cut frame eats the head of the next")
+        << frame("hello").left(frame("").size() + 1) + frame("lost") + next << Payloads { "next" };
+    QTest::newRow("good frame inside a bad one") << damaged(frame(ok), 1) + next << Payloads { "next" };
+    // A zero-length frame is never delivered; it stores 255 more bytes and drops the 256th.
+    QTest::newRow("zero length, a frame 255 bytes later")
+        << frame("") + QByteArray(255, 'x') + frame("lost") + next << Payloads { "next" };
+    QTest::newRow("zero length, a frame 256 bytes later")
+        << frame("") + QByteArray(256, 'x') + next << Payloads { "next" };
+}
 
 } // namespace reference
-
-Q_DECLARE_METATYPE(reference::Frame)
-Q_DECLARE_METATYPE(reference::Frames)
 
 #endif
