@@ -74,6 +74,12 @@ private slots:
         modem->updateTime(QDateTime(QDate(2027, 1, 2), QTime(3, 4, 5)));
         QCOMPARE(rowText(m_model, 2), QString("300234010753370|03:04:05 02.01.2027|"));
         QCOMPARE(modem->getExtensionModel()->rowCount(), 0);
+
+        // append does not look for the callsign: a second row of it is
+        // listed, but the first one is what a look-up finds.
+        Station *again = m_model->append("DL1ABC-5");
+        QCOMPARE(m_model->get(3), again);
+        QCOMPARE(m_model->get("DL1ABC-5"), upper);
     }
 
     // Every change redraws the whole table, never single cells; ages are
