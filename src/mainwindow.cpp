@@ -92,6 +92,7 @@ MainWindow::MainWindow(QWidget *parent)
     m_packet_model = new packetModel(this);
     m_stations.reset(new StationListModel);
     m_serial = new QSerialPort(this);
+    connect(m_serial, &QSerialPort::errorOccurred, this, &MainWindow::serialPortError);
     m_spp_host.reset(new SppHost);
     connect(m_spp_host.get(), &SppHost::newPacket, this, &MainWindow::handleSppPacket);
 
@@ -200,6 +201,8 @@ void MainWindow::linkTypeChanged(const QString &type)
         serialPortCombo = newLinkWidget<QComboBox>("serialPortCombo", box);
         for (const QSerialPortInfo &port : QSerialPortInfo::availablePorts())
             serialPortCombo->addItem(port.portName());
+        // Ports the system does not list, such as pseudo-terminals, are typed in.
+        serialPortCombo->setEditable(true);
         serialBaudText = newLinkWidget<QLineEdit>("serialBaudText", box);
         serialBaudText->setText(QStringLiteral("38400"));
         linkTypeLayout->addRow(tr("Port"), serialPortCombo);
@@ -317,6 +320,20 @@ void MainWindow::tcpDisconnected()
         return;
     setConnected(NONE);
     statusBar()->showMessage(tr("TCP disconnected!"));
+}
+
+// A port that goes away while open (an adapter pulled out, the far end of a
+// pseudo-terminal closed) keeps signalling data that is not there: it is
+// closed rather than polled at full speed.
+void MainWindow::serialPortError(QSerialPort::SerialPortError error)
+{
+    if (error != QSerialPort::ResourceError && error != QSerialPort::ReadError)
+        return;
+    if (m_active_connection != SERIAL || !m_serial->isOpen())
+        return;
+    qWarning().noquote() << "Serial port lost:" << m_serial->errorString();
+    closeConnection();
+    statusBar()->showMessage(tr("Serial port lost!"));
 }
 
 void MainWindow::closeConnection()

@@ -7,6 +7,7 @@
 #include <QModelIndex>
 #include <QPixmap>
 #include <QPointer>
+#include <QSerialPort>
 #include <QString>
 #include <QStringList>
 #include <QTcpSocket>
@@ -22,7 +23,6 @@ class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
-class QSerialPort;
 class SppHost;
 class Station;
 class StationListModel;
@@ -60,6 +60,7 @@ public slots:
     void closeConnection();
     void tcpConnected();
     void tcpDisconnected();
+    void serialPortError(QSerialPort::SerialPortError error);
     void tickUdpSocket();
     void readSerialData();
     void readTcpData();
