@@ -35,6 +35,9 @@ const int RSSI_OFFSET = 200; // header rssi - 200 = dBm
 const int UDP_TICK_MS = 10000;
 const int INDICATOR_MS = 200;
 const int READY_MESSAGE_MS = 5000;
+// Lines the terminal keeps, as a terminal's scrollback: a modem that talks
+// without end must not fill the memory.
+const int TERMINAL_LINES = 1000;
 
 const char ICON_ACTIVE[] = ":/img/blue-rfid-signal-16.png";
 const char ICON_IDLE[] = ":/img/888888-rfid-signal-16.png";
@@ -105,6 +108,7 @@ MainWindow::MainWindow(QWidget *parent)
     ui->stationsTable->setColumnWidth(0, 80);
     ui->stationsTable->setColumnWidth(1, 150);
     connectViews();
+    ui->commandOutputTextEdit->setMaximumBlockCount(TERMINAL_LINES);
 
     // The gateway settings are not offered by this window.
     delete ui->iridiumGroup;

@@ -7,6 +7,8 @@
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
 #include <QTreeView>
 
 #include "mainwindow_harness.h"
@@ -59,6 +61,7 @@ private slots:
     void typedDestination();
     void pickedDestination();
     void stationTree();
+    void repliesKeepTheLastThousandLines();
 
 private:
     // Lets the window learn its own callsign from a local echo.
@@ -273,6 +276,20 @@ void TestMainWindowTerminal::stationTree()
     QVERIFY(tree->isExpanded(source.at(0)->index()));
     QCOMPARE(tree->columnWidth(0), 250);
     QCOMPARE(properties->findItems("stat").size(), 1);
+}
+
+// A modem that never stops talking fills the terminal only up to its
+// scrollback; the oldest lines go first.
+void TestMainWindowTerminal::repliesKeepTheLastThousandLines()
+{
+    QByteArray replies;
+    for (int n = 0; n < 1050; n++)
+        replies += replyFrame("reply " + QByteArray::number(n) + '\n');
+    m_modem->send(replies);
+    const QTextDocument *terminal = m_driver->find<QPlainTextEdit>("commandOutputTextEdit")->document();
+    QTRY_VERIFY(terminal->toPlainText().endsWith("reply 1049\n"));
+    QCOMPARE(terminal->blockCount(), 1000);
+    QCOMPARE(terminal->firstBlock().text(), QStringLiteral("reply 51"));
 }
 
 QTEST_MAIN(TestMainWindowTerminal)
