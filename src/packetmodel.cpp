@@ -25,6 +25,19 @@ QProgressBar *rssiBar(int rssi)
     return bar;
 }
 
+// Taken out of the view first, a bar leaves no trace there when it is
+// deleted. A view that drops a bar along with its row hands it to
+// deleteLater and keeps a note of its address for good; over days of
+// packets those notes add up.
+void dropBar(QAbstractItemView *view, const QModelIndex &index)
+{
+    QWidget *bar = view->indexWidget(index);
+    if (!bar)
+        return;
+    view->setIndexWidget(index, nullptr);
+    delete bar;
+}
+
 } // namespace
 
 packetModel::packetModel(QObject *parent)
@@ -47,8 +60,12 @@ void packetModel::addPacket(QAbstractItemView *view, const QString &callsign, co
     insertRow(0, row);
     // The view keeps its index widgets on persistent indexes: the bar moves
     // down with its row and goes when the row is removed.
-    if (rssi != RSSI_UNKNOWN && view && view->model() == this)
+    const bool shown = view && view->model() == this;
+    if (rssi != RSSI_UNKNOWN && shown)
         view->setIndexWidget(index(0, RSSI), rssiBar(rssi));
-    while (rowCount() > MAX_ROWS)
+    while (rowCount() > MAX_ROWS) {
+        if (shown)
+            dropBar(view, index(rowCount() - 1, RSSI));
         removeRow(rowCount() - 1);
+    }
 }
