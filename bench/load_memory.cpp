@@ -51,8 +51,15 @@ int main(int argc, char **argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    const long packets = argc > 1 ? atol(argv[1]) : 1000000;
-    const int stations = argc > 2 ? atoi(argv[2]) : 100;
+    const QStringList args = app.arguments();
+    bool packets_ok = true;
+    bool stations_ok = true;
+    const long packets = args.size() > 1 ? args.at(1).toLong(&packets_ok) : 1000000;
+    const int stations = args.size() > 2 ? args.at(2).toInt(&stations_ok) : 100;
+    if (!packets_ok || !stations_ok || packets < FIRST_REPORT || stations < 1) {
+        fprintf(stderr, "usage: varda-load-memory [packets >= %d] [stations >= 1]\n", FIRST_REPORT);
+        return 2;
+    }
 
     const QuietDebug quiet;
     ConnectedWindow window(PACKETS_TAB);

@@ -3,7 +3,6 @@
 #include <string.h>
 
 #include "varda_extension.h"
-#include "varda_packets.h"
 #include "varda_spp_host.h"
 
 namespace
@@ -31,31 +30,19 @@ QByteArray rxHeader(uint8_t rssi, uint8_t flags)
     return bytesOf(rx);
 }
 
-class ExtensionBuilder
+// One extension sub-packet: type, size, record.
+template <typename Record> QByteArray subPacket(uint8_t type, const Record &record)
 {
-public:
-    template <typename Record> ExtensionBuilder &add(uint8_t type, const Record &record)
-    {
-        vrd_ext_append_buffer(
-            m_pkt, &m_len, sizeof m_pkt, type, reinterpret_cast<const uint8_t *>(&record), sizeof record);
-        return *this;
-    }
-    ExtensionBuilder &source(const QString &callsign, uint8_t seq)
-    {
-        varda_src_t src;
-        vrd_ext_encode_callsign(src.call_ssid, callsign.toLatin1().constData());
-        src.sequence = seq;
-        return add(VRD_EXT_SRC, src);
-    }
-    QByteArray bytes() const
-    {
-        return QByteArray(reinterpret_cast<const char *>(m_pkt), m_len);
-    }
+    return char(type) + (char(sizeof record) + bytesOf(record));
+}
 
-private:
-    uint8_t m_pkt[VRD_PKT_BUFFER];
-    uint16_t m_len = 0;
-};
+QByteArray source(const QString &callsign, uint8_t seq)
+{
+    varda_src_t src;
+    vrd_ext_encode_callsign(src.call_ssid, callsign.toLatin1().constData());
+    src.sequence = seq;
+    return subPacket(VRD_EXT_SRC, src);
+}
 
 varda_stat_t status(int station)
 {
@@ -76,7 +63,7 @@ varda_stat_t status(int station)
 } // namespace
 
 LoadTraffic::LoadTraffic(int stations)
-    : m_stations(stations)
+    : m_stations(qMax(1, stations))
 {
 }
 
@@ -111,8 +98,7 @@ QByteArray LoadTraffic::frame(int slot)
     }
     case BEACONS_PER_CYCLE + 1: {
         const uint8_t hop = 0x88;
-        const QByteArray echo
-            = ExtensionBuilder().source(LOCAL_CALLSIGN, m_seq).add(VRD_EXT_SIMPLEHOP, hop).bytes();
+        const QByteArray echo = source(LOCAL_CALLSIGN, m_seq) + subPacket(VRD_EXT_SIMPLEHOP, hop);
         return sppFrame(SPP_TYPE_LOCAL, char(1) + echo);
     }
     case BEACONS_PER_CYCLE + 2:
@@ -129,11 +115,7 @@ QByteArray LoadTraffic::beacon(int station)
 {
     const uint8_t hop = 0xAC;
     const varda_toh_t toh = { 1800000000u, 1 };
-    const QByteArray packet = ExtensionBuilder()
-                                  .source(callsign(station), m_seq)
-                                  .add(VRD_EXT_STAT, status(station))
-                                  .add(VRD_EXT_SIMPLEHOP, hop)
-                                  .add(VRD_EXT_TOH, toh)
-                                  .bytes();
+    const QByteArray packet = source(callsign(station), m_seq) + subPacket(VRD_EXT_STAT, status(station))
+        + subPacket(VRD_EXT_SIMPLEHOP, hop) + subPacket(VRD_EXT_TOH, toh);
     return sppFrame(SPP_TYPE_RX, rxHeader(uint8_t(70 + station % 80), 1) + packet);
 }

@@ -21,7 +21,9 @@ void PacketTableView::updateEditorGeometries()
     QMetaObject::invokeMethod(this, &PacketTableView::placeEditors, Qt::QueuedConnection);
 }
 
-// A pending layout of the table is made first and places the bars itself.
+// With a layout of the table pending, the base class makes that layout
+// first, and the layout asks for the placement again: that request is
+// served at once.
 void PacketTableView::placeEditors()
 {
     m_placement_posted = false;
