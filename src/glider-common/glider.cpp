@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QMap>
 #include <QRandomGenerator>
+#include <QTextDocument>
 #include <QTime>
 
 #include <stdarg.h>
@@ -21,6 +22,9 @@ namespace
 
 // Log lines are rendered into a buffer of this size; longer ones are cut.
 const int LOG_LINE_SIZE = 200;
+// Paragraphs the log view keeps: a vehicle that reports for days must not
+// fill the memory; the log files keep every line.
+const int LOG_VIEW_LINES = 5000;
 const char *const TIME_FORMAT = "hh:mm:ss dd.MM.yyyy";
 // varda_flags bit 0: the radio payload is a chain of extension sub-packets.
 const uint8_t VARDA_FLAG_EXTENSION = 0x01;
@@ -111,6 +115,7 @@ Glider::Glider(QWidget *parent)
     ui->setupUi(this);
     clearModel();
     ui->telemetryTableView->setModel(&m_telemetry_model);
+    ui->logView->document()->setMaximumBlockCount(LOG_VIEW_LINES);
 
     connectForm();
 
