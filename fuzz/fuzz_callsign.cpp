@@ -2,22 +2,18 @@
 // and checks that a valid callsign made from the input survives encoding
 // then decoding.
 #include <stdio.h>
-#include <stdlib.h>
 #include <string.h>
 
 #include <string>
 #include <vector>
 
+#include "fuzz_app.h"
 #include "varda_extension.h"
 
 namespace
 {
 
-void check(bool ok)
-{
-    if (!ok)
-        abort();
-}
+using fuzz::check;
 
 void decodeAnyBytes(const uint8_t *data, size_t size)
 {

@@ -1,21 +1,17 @@
 // Counts sub-packets in any bytes, then builds a packet from input-driven
 // operations into a tx_pkt_t and into a small heap buffer of exact size, and
 // checks that every accepted sub-packet is counted again.
-#include <stdlib.h>
 #include <string.h>
 
 #include <vector>
 
+#include "fuzz_app.h"
 #include "varda_extension.h"
 
 namespace
 {
 
-void check(bool ok)
-{
-    if (!ok)
-        abort();
-}
+using fuzz::check;
 
 // Input bytes taken one at a time; zeros once they run out.
 class Reader

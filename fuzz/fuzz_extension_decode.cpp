@@ -9,17 +9,14 @@
 #include <stdint.h>
 #include <stdlib.h>
 
+#include "fuzz_app.h"
 #include "varda_extension.h"
 #include "varda_extension_qt.h"
 
 namespace
 {
 
-void require(bool condition)
-{
-    if (!condition)
-        abort();
-}
+using fuzz::check;
 
 // The "New item" lines would flood the fuzzer's output.
 void dropDebug(QtMsgType type, const QMessageLogContext &, const QString &)
@@ -43,15 +40,15 @@ void checkTypeStrings(const VardaExtension &ext)
     int previous = -1;
     for (const QString &name : names) {
         const int code = known.indexOf(name);
-        require(code > previous);
-        require(ext.hasExtensionType(uint8_t(code)));
+        check(code > previous);
+        check(ext.hasExtensionType(uint8_t(code)));
         previous = code;
     }
-    require(ext.getSource().size() < VRD_CALLSIGN_TEXT_LEN);
-    require(ext.hasExtensionType(VRD_EXT_SRC) || ext.getSource().isEmpty());
-    require(ext.hasExtensionType(VRD_EXT_TEXT) || ext.getExtensionCmdReply().isEmpty());
-    require(ext.getData().size() <= 255);
-    require(ext.getExtensionCmdReply().size() <= 255);
+    check(ext.getSource().size() < VRD_CALLSIGN_TEXT_LEN);
+    check(ext.hasExtensionType(VRD_EXT_SRC) || ext.getSource().isEmpty());
+    check(ext.hasExtensionType(VRD_EXT_TEXT) || ext.getExtensionCmdReply().isEmpty());
+    check(ext.getData().size() <= 255);
+    check(ext.getExtensionCmdReply().size() <= 255);
 }
 
 void checkModel(const QStandardItemModel &model, const QStringList &mustHold)
@@ -60,21 +57,21 @@ void checkModel(const QStandardItemModel &model, const QStringList &mustHold)
     QSet<QString> seen;
     for (int row = 0; row < model.rowCount(); row++) {
         const QStandardItem *type = model.item(row, 0);
-        require(type && known.contains(type->text()));
-        require(!seen.contains(type->text()));
+        check(type && known.contains(type->text()));
+        check(!seen.contains(type->text()));
         seen.insert(type->text());
-        require(type->rowCount() == 0 || type->columnCount() == 2);
+        check(type->rowCount() == 0 || type->columnCount() == 2);
         QSet<QString> labels;
         for (int child = 0; child < type->rowCount(); child++) {
             const QStandardItem *label = type->child(child, 0);
-            require(label && type->child(child, 1));
-            require(!labels.contains(label->text()));
+            check(label && type->child(child, 1));
+            check(!labels.contains(label->text()));
             labels.insert(label->text());
-            require(label->rowCount() == 0);
+            check(label->rowCount() == 0);
         }
     }
     for (const QString &name : mustHold)
-        require(seen.contains(name));
+        check(seen.contains(name));
 }
 
 int childRows(const QStandardItemModel &model)
@@ -112,8 +109,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const int typesAfterFirst = model.rowCount();
 
     whole.getConvertedExtensionData(&model);
-    require(childRows(model) == rowsAfterFirst);
-    require(model.rowCount() == typesAfterFirst);
+    check(childRows(model) == rowsAfterFirst);
+    check(model.rowCount() == typesAfterFirst);
 
     pieces.getConvertedExtensionData(&model);
     checkModel(model, whole.getExtensionTypeStrings() + pieces.getExtensionTypeStrings());

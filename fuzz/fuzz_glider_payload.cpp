@@ -11,13 +11,12 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "fuzz_app.h"
 #include "glider.h"
 #include "varda_spp_host.h"
 
 namespace
 {
-
-void quiet(QtMsgType, const QMessageLogContext &, const QString &) { }
 
 // Every record opens, appends to and closes a log file: on a memory file
 // system when there is one, that costs far less than on disk.
@@ -41,20 +40,12 @@ void trimLogs()
 
 Glider *panel()
 {
-    static int argc = 1;
-    static char name[] = "fuzz_glider_payload";
-    static char *argv[] = { name, nullptr };
-    static QApplication *app = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        qInstallMessageHandler(quiet);
-        return new QApplication(argc, argv);
-    }();
+    fuzz::application<QApplication>();
     static QTemporaryDir home(homeTemplate());
     static Glider *glider = [] {
         qputenv("HOME", home.path().toLocal8Bit());
         return new Glider;
     }();
-    Q_UNUSED(app);
     return glider;
 }
 

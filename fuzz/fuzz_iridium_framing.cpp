@@ -12,12 +12,11 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "fuzz_app.h"
 #include "iridiumtcp.h"
 
 namespace
 {
-
-void quiet(QtMsgType, const QMessageLogContext &, const QString &) { }
 
 struct Widgets {
     QPushButton button;
@@ -27,15 +26,7 @@ struct Widgets {
 
 Widgets *widgets()
 {
-    static int argc = 1;
-    static char name[] = "fuzz_iridium_framing";
-    static char *argv[] = { name, nullptr };
-    static QApplication *app = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        qInstallMessageHandler(quiet);
-        return new QApplication(argc, argv);
-    }();
-    Q_UNUSED(app);
+    fuzz::application<QApplication>();
     static Widgets *w = new Widgets;
     return w;
 }

@@ -15,6 +15,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "fuzz_app.h"
 #include "mainwindow.h"
 
 namespace
@@ -24,19 +25,9 @@ namespace
 // fast.
 const int INPUTS_PER_WINDOW = 500;
 
-void quiet(QtMsgType, const QMessageLogContext &, const QString &) { }
-
 MainWindow *window()
 {
-    static int argc = 1;
-    static char name[] = "fuzz_mainwindow_dispatch";
-    static char *argv[] = { name, nullptr };
-    static QApplication *app = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        qInstallMessageHandler(quiet);
-        return new QApplication(argc, argv);
-    }();
-    Q_UNUSED(app);
+    fuzz::application<QApplication>();
     // Never deleted at exit: Qt's own statics are gone by then.
     static MainWindow *current = nullptr;
     static int inputs = 0;

@@ -2,21 +2,17 @@
 // checksum check on and off. Every accepted sentence goes through both
 // unpackers; a GGA record is packed again and the packed sentence must be
 // read back as a valid 16-field sentence.
-#include <stdlib.h>
 
 #include <stddef.h>
 #include <stdint.h>
 
+#include "fuzz_app.h"
 #include "nmea.h"
 
 namespace
 {
 
-void check(bool ok)
-{
-    if (!ok)
-        abort();
-}
+using fuzz::check;
 
 void countFields(uint8_t count, char **, void *arg)
 {

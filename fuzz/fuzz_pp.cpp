@@ -1,10 +1,10 @@
 // Feeds any bytes to the PP parser, then checks that a frame built with
 // varda_pp_fill_header over the input comes back whole.
-#include <stdlib.h>
 #include <string.h>
 
 #include <vector>
 
+#include "fuzz_app.h"
 #include "varda_pp_host.h"
 
 namespace
@@ -13,11 +13,7 @@ namespace
 std::vector<std::vector<uint8_t>> g_frames;
 const varda_pp_ctx_t *g_ctx = nullptr;
 
-void check(bool ok)
-{
-    if (!ok)
-        abort();
-}
+using fuzz::check;
 
 void onFrame(uint8_t *payload, uint16_t len)
 {

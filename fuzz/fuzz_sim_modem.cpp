@@ -2,13 +2,13 @@
 // for the stations and the vehicle, garbage. Every frame the modem sends
 // back must be a whole SPP frame, and nothing may read past its input.
 #include <stdint.h>
-#include <stdlib.h>
 
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QRandomGenerator>
 
 #include "extchain.h"
+#include "fuzz_app.h"
 #include "modemserver.h"
 #include "simmodem.h"
 #include "simstation.h"
@@ -19,13 +19,7 @@
 namespace
 {
 
-void check(bool ok)
-{
-    if (!ok)
-        abort();
-}
-
-void quiet(QtMsgType, const QMessageLogContext &, const QString &) { }
+using fuzz::check;
 
 void checkFrame(const QByteArray &frame)
 {
@@ -33,23 +27,11 @@ void checkFrame(const QByteArray &frame)
     check(frame.size() == SPP_HEADER_LEN + quint8(frame.at(4)));
 }
 
-void application()
-{
-    static int argc = 1;
-    static char name[] = "fuzz_sim_modem";
-    static char *argv[] = { name, nullptr };
-    static QCoreApplication *app = [] {
-        qInstallMessageHandler(quiet);
-        return new QCoreApplication(argc, argv);
-    }();
-    Q_UNUSED(app);
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    application();
+    fuzz::application<QCoreApplication>();
     const QByteArray input(reinterpret_cast<const char *>(data), int(size));
 
     // The same bytes read as an extension chain.

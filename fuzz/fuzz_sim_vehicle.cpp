@@ -2,7 +2,6 @@
 // whatever the block holds, the vehicle must not read past it, and every
 // payload it sends back must split into whole records of known types.
 #include <stdint.h>
-#include <stdlib.h>
 
 #include <QByteArray>
 #include <QCoreApplication>
@@ -10,19 +9,14 @@
 #include <QVector>
 
 #include "commandblock.h"
+#include "fuzz_app.h"
 #include "simglider.h"
 #include "telemetry.h"
 
 namespace
 {
 
-void check(bool ok)
-{
-    if (!ok)
-        abort();
-}
-
-void quiet(QtMsgType, const QMessageLogContext &, const QString &) { }
+using fuzz::check;
 
 void checkPayload(const QByteArray &payload)
 {
@@ -35,23 +29,11 @@ void checkPayload(const QByteArray &payload)
     check(pos == payload.size());
 }
 
-QCoreApplication *application()
-{
-    static int argc = 1;
-    static char name[] = "fuzz_sim_vehicle";
-    static char *argv[] = { name, nullptr };
-    static QCoreApplication *app = [] {
-        qInstallMessageHandler(quiet);
-        return new QCoreApplication(argc, argv);
-    }();
-    return app;
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    application();
+    fuzz::application<QCoreApplication>();
     const QByteArray block(reinterpret_cast<const char *>(data), int(size));
 
     QVector<VehicleCommand> commands;

@@ -9,6 +9,7 @@
 #include <QString>
 #include <vector>
 
+#include "fuzz_app.h"
 #include "spp_host_qt.h"
 #include "varda_spp_host.h"
 
@@ -29,11 +30,7 @@ using Frames = std::vector<Frame>;
 Frames g_plain;
 const spp_ctx_t *g_ctx = nullptr;
 
-void check(bool ok)
-{
-    if (!ok)
-        abort();
-}
+using fuzz::check;
 
 void onPlainFrame(uint8_t type, uint8_t *payload, uint16_t len)
 {
