@@ -4,54 +4,36 @@
 
 #include "reference_frames.h"
 #include "varda_extension.h"
-
-static QByteArray hex(const char *text)
-{
-    return QByteArray::fromHex(text);
-}
+#include "varda_packets.h"
 
 static const uint8_t *bytes(const QByteArray &array)
 {
     return reinterpret_cast<const uint8_t *>(array.constData());
 }
 
-static QByteArray sub(int type, const QByteArray &data)
-{
-    return char(type) + QByteArray(1, char(data.size())) + data;
-}
+using reference::pattern;
+using reference::sub;
 
 class tst_ExtensionCodec : public QObject
 {
     Q_OBJECT
 private slots:
-    void typeNames()
-    {
-        QCOMPARE(QStringList(EXT_TYPE_STRINGS, EXT_TYPE_STRINGS + VRD_EXT_TYPES).join(' '),
-            QString("data src stat simplehop pos toh dest cmd_req text request "
-                    "car_bat car_charge car_trip rx_src ipv4_src ipv6_src"));
-    }
-
     void numpkts_data()
     {
         QTest::addColumn<QByteArray>("data");
         QTest::addColumn<int>("expected");
-        // Each fixed-size type only at its own size; 9 stands for variable.
-        const int sizes[VRD_EXT_TYPES] = { 9, 7, 22, 1, 17, 5, 6, 9, 9, 1, 4, 2, 10, 7, 4, 16 };
-        for (int code = 0; code < VRD_EXT_TYPES; code++) {
-            QTest::addRow("type %d", code) << sub(code, QByteArray(sizes[code], 1)) << 1;
-            QTest::addRow("type %d, one more", code)
-                << sub(code, QByteArray(sizes[code] + 1, 1)) << int(sizes[code] == 9);
-        }
-        const QByteArray src = hex("01 07 B2 14 61 8A 30 05 7B");
+        const QByteArray src = sub(VRD_EXT_SRC, QByteArray::fromHex("B214618A30057B"));
         QTest::newRow("empty") << QByteArray() << 0;
-        QTest::newRow("type 16") << hex("10 00") << 0;
-        QTest::newRow("type 255") << hex("FF 00") << 0;
-        QTest::newRow("type 16 after a good one") << src + hex("10 00") << 0;
-        QTest::newRow("src then a cut data") << src + hex("00 05 01") << 1;
-        QTest::newRow("src then one trailing byte") << src + hex("00") << 1;
-        QTest::newRow("cut short is tested before the type") << src + hex("10 05 01") << 1;
+        QTest::newRow("src, stat") << src + sub(VRD_EXT_STAT, QByteArray(22, 1)) << 2;
+        QTest::newRow("src one byte short") << sub(VRD_EXT_SRC, src.mid(2, 6)) << 0;
+        QTest::newRow("ipv6_src one byte long") << sub(VRD_EXT_IPV6_SRC, QByteArray(17, 1)) << 0;
         QTest::newRow("variable sizes, empty and largest")
-            << sub(0, "") + sub(8, "abc") + sub(7, QByteArray(255, 'c')) << 3;
+            << sub(VRD_EXT_DATA, "") + sub(VRD_EXT_TEXT, "abc") + sub(VRD_EXT_CMD_REQ, QByteArray(255, 'c'))
+            << 3;
+        QTest::newRow("type 16 after a good one") << src + sub(16, "") << 0;
+        QTest::newRow("src then a cut data") << src + sub(VRD_EXT_DATA, "abcde").left(3) << 1;
+        QTest::newRow("src then one trailing byte") << src + '\x08' << 1;
+        QTest::newRow("cut short is tested before the type") << src + sub(16, "abcde").left(3) << 1;
     }
     void numpkts()
     {
@@ -60,85 +42,74 @@ private slots:
         QCOMPARE(int(vrd_ext_numpkts(bytes(data), uint16_t(data.size()))), expected);
     }
 
-    void builders_data()
+    // The inits set only the fields with an unknown-value marker (see the packed records for the
+    // order). A sub-packet fits while used + 2 + size stays within the limit: 220 for a packet,
+    // though its array holds 512, or the size of a buffer. Refused ones leave everything as it was.
+    void packetsAndBuilders()
     {
-        QTest::addColumn<int>("size"); // -1: a tx_pkt_t, limit 220 although its array holds 512
-        QTest::addColumn<int>("used");
-        QTest::addColumn<int>("dataLen");
-        QTest::addColumn<bool>("fits");
-        QTest::newRow("packet: ends at 220") << -1 << 208 << 10 << true;
-        QTest::newRow("packet: would end at 221") << -1 << 209 << 10 << false;
-        QTest::newRow("buffer: fills it") << 16 << 0 << 14 << true;
-        QTest::newRow("buffer: one byte too many") << 16 << 0 << 15 << false;
-        QTest::newRow("buffer: used beyond the size") << 16 << 17 << 0 << false;
-        // Not refused: the size byte keeps the low 8 bits.
-        QTest::newRow("buffer: size above 255") << 400 << 0 << 300 << true;
-    }
-    // An allocate, filled by hand, and an append into rooms of 0xAA bytes give the same bytes.
-    void builders()
-    {
-        QFETCH(int, size);
-        QFETCH(int, used);
-        QFETCH(int, dataLen);
-        QFETCH(bool, fits);
-        const QByteArray data = reference::pattern(dataLen, 1);
-        tx_pkt_t p[2];
-        memset(p, 0xAA, sizeof p);
-        p[0].pl_len = p[1].pl_len = uint16_t(used);
-        uint16_t lens[2] = { uint16_t(used), uint16_t(used) };
-        uint8_t *dst = size < 0 ? vrd_ext_allocate_pkt(&p[0], VRD_EXT_TEXT, dataLen)
-                                : vrd_ext_allocate_buffer(p[0].pl, &lens[0], size, VRD_EXT_TEXT, dataLen);
-        if (size < 0)
-            vrd_ext_append_pkt(&p[1], VRD_EXT_TEXT, bytes(data), dataLen);
-        else
-            vrd_ext_append_buffer(p[1].pl, &lens[1], size, VRD_EXT_TEXT, bytes(data), dataLen);
-        QCOMPARE(dst != nullptr, fits);
-        if (dst)
-            memcpy(dst, data.constData(), dataLen);
-        const int end = fits ? used + 2 + dataLen : used;
-        const QByteArray room(VRD_PKT_BUFFER, '\xAA');
-        const QByteArray expected = room.left(used) + (fits ? sub(VRD_EXT_TEXT, data) : "") + room.mid(end);
-        for (int i = 0; i < 2; i++) {
-            QCOMPARE(int(size < 0 ? p[i].pl_len : lens[i]), end);
-            QCOMPARE(QByteArray(reinterpret_cast<const char *>(p[i].pl), VRD_PKT_BUFFER), expected);
-        }
+        rx_pkt_t rx;
+        tx_pkt_t p;
+        memset(&rx, 0xAA, sizeof rx);
+        memset(&p, 0xAA, sizeof p);
+        rx_pkt_init(&rx);
+        tx_pkt_init(&p);
+        QCOMPARE(QByteArray(reinterpret_cast<const char *>(&rx), 16)
+                + QByteArray(reinterpret_cast<const char *>(&p), 5),
+            QByteArray::fromHex("0000AAAAAAAAAAFFFFFFFFFFFF0000AA"
+                                "00000000AA"));
+        const QByteArray text = pattern(10, 1), room(VRD_PKT_BUFFER, '\xAA');
+        p.pl_len = 208;
+        memcpy(vrd_ext_allocate_pkt(&p, VRD_EXT_TEXT, 10), text.constData(), 10);
+        vrd_ext_append_pkt(&p, VRD_EXT_TEXT, bytes(text), 0);
+        QCOMPARE(int(p.pl_len), 220);
+        p.pl_len = 209;
+        vrd_ext_append_pkt(&p, VRD_EXT_TEXT, bytes(text), 10);
+        QVERIFY(!vrd_ext_allocate_pkt(&p, VRD_EXT_TEXT, 10) && p.pl_len == 209);
+        uint16_t used = 0;
+        vrd_ext_append_buffer(p.pl, &used, 12, VRD_EXT_DATA, bytes(text), 10);
+        vrd_ext_append_buffer(p.pl, &used, 14, VRD_EXT_DATA, bytes(text), 1);
+        QVERIFY(vrd_ext_allocate_buffer(p.pl, &used, 400, VRD_EXT_DATA, 300) == p.pl + 14 && used == 314);
+        // The size byte of the 300-byte one holds the low 8 bits.
+        QCOMPARE(QByteArray(reinterpret_cast<const char *>(p.pl), VRD_PKT_BUFFER),
+            sub(VRD_EXT_DATA, text) + QByteArray("\0\x2c", 2) + room.mid(14, 194) + sub(VRD_EXT_TEXT, text)
+                + room.mid(220));
     }
 
-    // Encoded or refused (empty), then decoded within the 11 bytes the caller provides.
+    // Encoded (hex) or refused (empty), then decoded within the 11 bytes the caller provides.
     void callsigns_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QByteArray>("encoded");
+        QTest::addColumn<QString>("text"); // null: decoding only
+        QTest::addColumn<QString>("encoded");
         QTest::addColumn<QString>("decoded");
-        QTest::newRow("lower case") << QByteArray("la1abc-5") << hex("B2 14 61 8A 30 05") << "LA1ABC-5";
-        QTest::newRow("cut to 7") << QByteArray("ABCDEFGH") << hex("86 28 E4 96 69 C0") << "ABCDEFG";
-        QTest::newRow("7 and SSID") << QByteArray("ABCDEFG-5") << hex("86 28 E4 96 69 C5") << "ABCDEFG-5";
-        QTest::newRow("cut before the dash")
-            << QByteArray("ABCDEFGH-5") << hex("86 28 E4 96 69 C0") << "ABCDEFG";
-        QTest::newRow("two digit SSID") << QByteArray("AB-12") << hex("86 20 00 00 00 0C") << "AB-12";
-        QTest::newRow("SSID above 63") << QByteArray("AB-99") << hex("86 20 00 00 00 23") << "AB-35";
-        QTest::newRow("third digit not read") << QByteArray("AB-123") << hex("86 20 00 00 00 0C") << "AB-12";
-        QTest::newRow("dash at the end") << QByteArray("AB-") << QByteArray() << QString();
-        QTest::newRow("letter SSID") << QByteArray("AB-x") << QByteArray() << QString();
-        QTest::newRow("digit then letter") << QByteArray("AB-7x") << QByteArray() << QString();
-        QTest::newRow("all ones: longest text") << QByteArray() << hex("FF FF FF FF FF FF") << "_______-63";
-        QTest::newRow("end mark first, values after it") << QByteArray() << hex("00 00 01 00 00 05") << "-5";
+        // clang-format off
+        QTest::newRow("lower case") << "la1abc-5" << "B214618A3005" << "LA1ABC-5";
+        QTest::newRow("7 and SSID") << "ABCDEFG-5" << "8628E49669C5" << "ABCDEFG-5";
+        QTest::newRow("cut to 7, before the dash") << "ABCDEFGH-5" << "8628E49669C0" << "ABCDEFG";
+        QTest::newRow("two digit SSID") << "AB-12" << "86200000000C" << "AB-12";
+        QTest::newRow("SSID above 63") << "AB-99" << "862000000023" << "AB-35";
+        QTest::newRow("third digit not read") << "AB-123" << "86200000000C" << "AB-12";
+        QTest::newRow("letter SSID") << "AB-x" << "" << "";
+        QTest::newRow("digit then letter") << "AB-7x" << "" << "";
+        QTest::newRow("all ones: longest text") << QString() << "FFFFFFFFFFFF" << "_______-63";
+        QTest::newRow("end mark first, values after it") << QString() << "000001000005" << "-5";
+        // clang-format on
     }
     void callsigns()
     {
-        QFETCH(QByteArray, text);
-        QFETCH(QByteArray, encoded);
+        QFETCH(QString, text);
         QFETCH(QString, decoded);
+        QFETCH(QString, encoded);
+        const QByteArray enc = QByteArray::fromHex(encoded.toLatin1());
         if (!text.isNull()) {
-            uint8_t enc[VRD_CALLSIGN_ENC_LEN];
-            QCOMPARE(vrd_ext_encode_callsign(enc, text.constData()), !encoded.isEmpty());
-            if (encoded.isEmpty())
+            uint8_t out[VRD_CALLSIGN_ENC_LEN];
+            QCOMPARE(vrd_ext_encode_callsign(out, text.toLatin1().constData()), !enc.isEmpty());
+            if (enc.isEmpty())
                 return;
-            QCOMPARE(QByteArray(reinterpret_cast<const char *>(enc), sizeof enc), encoded);
+            QCOMPARE(QByteArray(reinterpret_cast<const char *>(out), sizeof out), enc);
         }
         char back[VRD_CALLSIGN_TEXT_LEN + 4];
         memset(back, 0x7F, sizeof back);
-        vrd_ext_decode_callsign(back, bytes(encoded));
+        vrd_ext_decode_callsign(back, bytes(enc));
         QCOMPARE(QString(back), decoded);
         QCOMPARE(QByteArray(back + VRD_CALLSIGN_TEXT_LEN, 4), QByteArray(4, '\x7F'));
     }
