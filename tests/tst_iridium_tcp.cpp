@@ -1,9 +1,6 @@
-#include <QCheckBox>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTcpServer>
-#include <QTcpSocket>
+#include <QtNetwork>
 #include <QtTest>
+#include <QtWidgets>
 
 #include "iridiumtcp.h"
 
@@ -12,153 +9,82 @@ using Bytes = QByteArray;
 static const char IMEI[] = "300234010753370";
 static const char SBD[] = "a0680600"; // 420000
 static const char RAW[] = "a1680600"; // 420001
+static QStringList s_log; // debug lines and warnings
 
-// Gateway message with the header spelled out byte by byte.
+// Gateway message: its length (below 256 here) as 4 bytes little-endian, the type, the content.
 static Bytes message(const char *typeHex, const Bytes &content)
 {
-    const quint32 n = quint32(content.size() + 4);
-    const char length[4] = { char(n), char(n >> 8), char(n >> 16), char(n >> 24) };
-    return Bytes(length, 4) + Bytes::fromHex(typeHex) + content;
+    return char(content.size() + 4) + Bytes(3, '\0') + Bytes::fromHex(typeHex) + content;
 }
 
 class TstIridiumTcp : public QObject
 {
     Q_OBJECT
-    QTcpServer m_server;
-    QWidget *m_window = nullptr;
-    QPushButton *m_button = nullptr;
-    QLineEdit *m_host = nullptr;
-    QCheckBox *m_flush = nullptr;
-    IridiumTcp *m_client = nullptr;
-    QTcpSocket *m_peer = nullptr;
-    QSignalSpy *m_state = nullptr;
-
-    void press()
-    {
-        QTest::mouseClick(m_button, Qt::LeftButton);
-    }
-    // Button text, host field and the last connectionStateChanged.
-    QString state() const
-    {
-        return QString("%1 %2 %3")
-            .arg(m_button->text())
-            .arg(m_host->isEnabled())
-            .arg(m_state->last().at(0).toBool());
-    }
-
 private slots:
-    void initTestCase()
+    // One connection: what each call sends and logs, what the gateway sends back, the widgets following.
+    void gatewaySession()
     {
-        if (!m_server.listen(QHostAddress::LocalHost, IridiumTcp::GatewayPort))
+        QTcpServer server;
+        if (!server.listen(QHostAddress::LocalHost, IridiumTcp::GatewayPort))
             QSKIP("port 10020 on 127.0.0.1 is busy: cannot play the gateway");
-    }
-    void init()
-    {
-        m_window = new QWidget;
-        m_button = new QPushButton("Connect", m_window);
-        m_host = new QLineEdit("127.0.0.1", m_window);
-        m_flush = new QCheckBox(m_window);
-        m_client = new IridiumTcp(m_button, m_host, m_flush);
-        m_state = new QSignalSpy(m_client, &IridiumTcp::connectionStateChanged);
-        press();
-        QTRY_VERIFY(m_server.hasPendingConnections());
-        m_peer = m_server.nextPendingConnection();
-        QTRY_COMPARE(m_state->count(), 1);
-        QCOMPARE(state(), QString("Disconnect 0 1"));
-    }
-    void cleanup()
-    {
-        delete m_state;
-        delete m_client;
-        delete m_window;
-        delete m_peer;
-    }
+        qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext &, const QString &msg) { s_log << msg; });
+        QWidget window;
+        auto button = new QPushButton("Connect", &window);
+        auto host = new QLineEdit("127.0.0.1", &window);
+        auto flush = new QCheckBox(&window);
+        IridiumTcp client(button, host, flush);
+        QSignalSpy state(&client, &IridiumTcp::connectionStateChanged);
+        const auto shown = [&] { // button text, host field enabled, the last connectionStateChanged
+            return button->text() + QString(" %1 %2").arg(host->isEnabled()).arg(state.last().at(0).toBool());
+        };
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTRY_VERIFY(server.hasPendingConnections() && state.count() == 1);
+        const std::unique_ptr<QTcpSocket> peer(server.nextPendingConnection());
+        QCOMPARE(shown(), QString("Disconnect 0 1"));
 
-    // Each call's result and log line, then everything the gateway got, in order.
-    void sends()
-    {
         Bytes received;
-        connect(m_peer, &QTcpSocket::readyRead, this, [&] { received += m_peer->readAll(); });
-        QTest::ignoreMessage(QtDebugMsg, "Sending 2 B over Iridium: \"hi\"");
-        QCOMPARE(m_client->sendSBD(IMEI, "hi"), 4 + 4 + 15 + 1 + 2);
-        m_flush->setChecked(true);
-        QTest::ignoreMessage(QtDebugMsg, "Sending 0 B over Iridium: \"\"");
-        QCOMPARE(m_client->sendSBD(IMEI, Bytes()), 4 + 4 + 15 + 1);
-        QTest::ignoreMessage(QtDebugMsg, "Sending glider payload to relayhub");
-        QCOMPARE(m_client->sendPayload("LA1ABC-123", "\x01\x02"), 4 + 4 + 11 + 2);
+        connect(peer.get(), &QTcpSocket::readyRead, this, [&] { received += peer->readAll(); });
+        QCOMPARE(client.sendSBD(IMEI, "hi"), 4 + 4 + 15 + 1 + 2);
+        flush->setChecked(true);
+        QCOMPARE(client.sendSBD(IMEI, Bytes()), 4 + 4 + 15 + 1);
+        QCOMPARE(client.sendPayload("LA1ABC-123", "\x01\x02"), 4 + 4 + 11 + 2);
         // characters are counted, not bytes: 12 UTF-8 bytes go out unpadded
-        QTest::ignoreMessage(QtDebugMsg, "Sending glider payload to relayhub");
-        QCOMPARE(m_client->sendPayload(QString::fromUtf8("ÆØÅÆØÅ"), "p"), 4 + 4 + 12 + 1);
-        QTest::ignoreMessage(QtWarningMsg, "Callsign si too large (11): LA1ABC-1234");
-        QCOMPARE(m_client->sendPayload("LA1ABC-1234", "p"), 0);
-        QCOMPARE(m_client->send(IridiumTcp::SBDTXRequest, Bytes()), 8);
-        const Bytes wire = message(SBD, IMEI + Bytes(1, '\0') + "hi") + message(SBD, IMEI + Bytes("\x01"))
-            + message(RAW, Bytes("LA1ABC-123\0\x01\x02", 13)) + message(RAW, Bytes("ÆØÅÆØÅp"))
-            + Bytes::fromHex("04000000a0680600");
-        QTRY_COMPARE(received, wire);
-    }
+        QCOMPARE(client.sendPayload(QString::fromUtf8("ÆØÅÆØÅ"), "p"), 4 + 4 + 12 + 1);
+        QCOMPARE(client.sendPayload("LA1ABC-1234", "p"), 0);
+        QCOMPARE(client.send(IridiumTcp::SBDTXRequest, Bytes()), 8);
+        QVERIFY(s_log.contains("Sending 2 B over Iridium: \"hi\"")
+            && s_log.contains("Callsign si too large (11): LA1ABC-1234"));
+        QTRY_COMPARE(received,
+            message(SBD, IMEI + Bytes(1, '\0') + "hi") + message(SBD, IMEI + Bytes("\x01"))
+                + message(RAW, Bytes("LA1ABC-123\0\x01\x02", 13)) + message(RAW, Bytes("ÆØÅÆØÅp"))
+                + Bytes::fromHex("04000000a0680600"));
 
-    void receives_data()
-    {
-        QTest::addColumn<QList<Bytes>>("segments");
-        QTest::addColumn<QStringList>("data"); // "IMEI|hex" of each newData
-        const Bytes a = message(RAW, IMEI + Bytes("abc")),
-                    b = message(RAW, "300234010000001" + Bytes::fromHex("00ff"));
-        const QString dataA = QString(IMEI) + "|616263";
-        QTest::newRow("two in one") << QList<Bytes> { a + b }
-                                    << QStringList { dataA, "300234010000001|00ff" };
-        QTest::newRow("split in three")
-            << QList<Bytes> { a.left(2), a.mid(2, 10), a.mid(12) } << QStringList { dataA };
-        QTest::newRow("IMEI only") << QList<Bytes> { message(RAW, IMEI) }
-                                   << QStringList { QString(IMEI) + "|" };
-        QTest::newRow("type only") << QList<Bytes> { message(RAW, "") } << QStringList { "|" };
-        QTest::newRow("too short") << QList<Bytes> { Bytes::fromHex("03000000a16806") + a }
-                                   << QStringList { dataA };
-        QTest::newRow("SBD request ignored")
-            << QList<Bytes> { message(SBD, IMEI + Bytes("\0x", 2)) + a } << QStringList { dataA };
-    }
-    void receives()
-    {
-        QFETCH(QList<Bytes>, segments);
-        QFETCH(QStringList, data);
-        if (QByteArray(QTest::currentDataTag()) == "too short")
-            QTest::ignoreMessage(QtWarningMsg, "Packet is malformed (too short)");
-        for (const QString &d : qAsConst(data))
-            QTest::ignoreMessage(QtDebugMsg,
-                qPrintable(QString("Data from IMEI \"%1\" length %2 content: \"%3\"")
-                               .arg(d.section('|', 0, 0))
-                               .arg(d.section('|', 1).size() / 2)
-                               .arg(d.section('|', 1))));
+        // several in one read; a short one reported, an SBD request ignored (splits: fuzz_iridium_framing)
+        s_log.clear();
         QStringList seen;
-        connect(m_client, &IridiumTcp::newData, this,
+        connect(&client, &IridiumTcp::newData, this,
             [&](const QString &imei, const QByteArray &bytes) { seen << imei + "|" + bytes.toHex(); });
-        QSignalSpy arrived(m_client->findChild<QTcpSocket *>(), &QTcpSocket::readyRead);
-        for (int i = 0; i < segments.size(); i++) {
-            m_peer->write(segments.at(i));
-            if (i + 1 < segments.size()) { // an incomplete message is held back
-                QVERIFY(arrived.wait(5000));
-                QVERIFY(seen.isEmpty());
-            }
-        }
-        QTRY_COMPARE(seen, data);
-    }
+        peer->write(message(RAW, IMEI + Bytes("abc"))
+            + message(RAW, "300234010000001" + Bytes::fromHex("00ff")) + Bytes::fromHex("03000000a16806")
+            + message(SBD, IMEI + Bytes("\0x", 2)) + message(RAW, IMEI));
+        QTRY_COMPARE(
+            seen, QStringList({ QString(IMEI) + "|616263", "300234010000001|00ff", QString(IMEI) + "|" }));
+        QCOMPARE(s_log,
+            QStringList({ "Data from IMEI \"300234010753370\" length 3 content: \"616263\"",
+                "Data from IMEI \"300234010000001\" length 2 content: \"00ff\"",
+                "Packet is malformed (too short)",
+                "Data from IMEI \"300234010753370\" length 0 content: \"\"" }));
 
-    void followsConnection()
-    {
-        press(); // close
-        QTRY_COMPARE(m_state->count(), 2);
-        QCOMPARE(state(), QString("Connect 1 0"));
-        press(); // again, then the gateway hangs up
-        QTRY_VERIFY(m_server.hasPendingConnections());
-        QTRY_COMPARE(state(), QString("Disconnect 0 1"));
-        delete m_server.nextPendingConnection();
-        QTRY_COMPARE(state(), QString("Connect 1 0"));
-        m_server.close(); // nobody listening: the attempt fails quietly, writes fail
-        press();
-        QVERIFY(QSignalSpy(m_client->findChild<QTcpSocket *>(), &QTcpSocket::errorOccurred).wait(5000));
-        QCOMPARE(state(), QString("Connect 1 0"));
-        QCOMPARE(m_client->send(IridiumTcp::RawPayload, "x"), -1);
-        QVERIFY(m_server.listen(QHostAddress::LocalHost, IridiumTcp::GatewayPort));
+        QTest::mouseClick(button, Qt::LeftButton); // close
+        QTRY_COMPARE(state.count(), 2);
+        QCOMPARE(shown(), QString("Connect 1 0"));
+        QTest::mouseClick(button, Qt::LeftButton); // again, then the gateway hangs up
+        QTRY_VERIFY(server.hasPendingConnections());
+        QTRY_COMPARE(shown(), QString("Disconnect 0 1"));
+        delete server.nextPendingConnection();
+        QTRY_COMPARE(shown(), QString("Connect 1 0"));
+        QCOMPARE(client.send(IridiumTcp::RawPayload, "x"), -1); // not connected: the write fails
     }
 };
 
