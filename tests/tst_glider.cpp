@@ -296,6 +296,7 @@ private slots:
         QCOMPARE(m_model->rowCount(), 17);
         QCOMPARE(fileLines("telemetry.txt"), QVector<QString>(100000, HK2_LINE).toList());
         QCOMPARE(fileLines("event.txt"), QVector<QString>(100000, "sonar_desc;1;5;60;10;9").toList());
+        QCOMPARE(w<QTextBrowser>("logView")->document()->blockCount(), 5000); // the files keep it all
     }
 };
 
