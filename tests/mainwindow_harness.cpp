@@ -1,107 +1,75 @@
 #include "mainwindow_harness.h"
 
-#include "reference_frames.h"
-#include "varda_extension.h"
-#include "varda_extension_qt.h"
-#include "varda_spp_host.h"
-
 namespace harness
 {
 
-namespace
+bool Modem::open()
 {
-    QByteArray subPacket(uint8_t type, const QByteArray &data)
-    {
-        return char(type) + (char(data.size()) + data);
+    const quint16 port = address.toUShort(); // 0 the first time: any free one
+    if (link == Udp)
+        udp.reset(new QUdpSocket);
+    if (link != Serial) {
+        const bool up = link == Tcp ? server.isListening() || server.listen(QHostAddress::LocalHost, port)
+                                    : udp->bind(QHostAddress::LocalHost, port);
+        address = QString::number(link == Tcp ? server.serverPort() : udp->localPort());
+        return up;
     }
-
-    QStringList messages;
-    QtMessageHandler previousHandler = nullptr;
-
-    void recordMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
-    {
-        messages.append(message);
-        if (previousHandler)
-            previousHandler(type, context, message);
-    }
-} // namespace
-
-QByteArray src(const QString &callsign, uint8_t seq)
-{
-    VardaExtension packet;
-    packet.addSource(callsign, seq);
-    return packet.getPacket();
+    address = dir.filePath("window");
+    socat.start(
+        "socat", { "pty,raw,echo=0,link=" + address, "pty,raw,echo=0,link=" + dir.filePath("modem") });
+    serial.setPortName(dir.filePath("modem"));
+    return QTest::qWaitFor([this] { return QFile::exists(address) && serial.open(QIODevice::ReadWrite); });
 }
 
-QByteArray stat()
+bool Modem::accept()
 {
-    return subPacket(VRD_EXT_STAT, QByteArray(int(sizeof(varda_stat_t)), '\x01'));
+    const bool accepted = QTest::qWaitFor(
+        [this] {
+            return link == Serial || (udp ? udp->hasPendingDatagrams() : server.hasPendingConnections());
+        },
+        LINK_WAIT_MS);
+    if (accepted && link == Tcp)
+        tcp = server.nextPendingConnection();
+    waitForFrames(0);
+    return accepted;
 }
 
-QByteArray text(const QByteArray &reply)
+void Modem::drop()
 {
-    return subPacket(VRD_EXT_TEXT, reply);
+    if (tcp)
+        tcp->disconnectFromHost();
+    udp.reset();
+    serial.close();
+    socat.terminate();
+    socat.waitForFinished(5000);
 }
 
-QByteArray rxFrame(uint8_t rssi, uint8_t flags, const QByteArray &packet)
+void Modem::send(const QByteArray &bytes)
 {
-    spp_rxhdr_t header = {};
-    header.timestamp_toh_us = 1234567;
-    header.noise = 95;
-    header.rssi = rssi;
-    header.varda_flags = flags;
-    return reference::sppFrame(
-        SPP_TYPE_RX, QByteArray(reinterpret_cast<const char *>(&header), sizeof header) + packet);
+    QIODevice *device = link == Tcp ? static_cast<QIODevice *>(tcp.data()) : &serial;
+    if (link == Udp)
+        udp->writeDatagram(bytes, client, clientPort);
+    else if (device->write(bytes) == bytes.size())
+        device->waitForBytesWritten(1000);
 }
 
-QByteArray localFrame(uint8_t flags, const QByteArray &packet)
-{
-    return reference::sppFrame(SPP_TYPE_LOCAL, char(flags) + packet);
-}
-
-QByteArray replyFrame(const QByteArray &reply)
-{
-    return reference::sppFrame(SPP_TYPE_CMD, reply);
-}
-
-QList<SentFrame> takeFrames(QByteArray *stream)
+QList<SentFrame> Modem::waitForFrames(int count)
 {
     QList<SentFrame> frames;
-    for (int start; (start = stream->indexOf(char(SPP_START))) >= 0;) {
-        stream->remove(0, start);
-        const int length
-            = stream->size() < SPP_HEADER_LEN ? INT_MAX : SPP_HEADER_LEN + uint8_t(stream->at(4));
-        if (stream->size() < length)
-            return frames;
-        const QByteArray frame = stream->left(length);
-        const bool good = reference::withCrc(char(SPP_START), frame.mid(3)) == frame;
-        if (good)
-            frames.append({ uint8_t(frame.at(3)), frame.mid(SPP_HEADER_LEN) });
-        stream->remove(0, good ? length : 1);
-    }
-    stream->clear();
+    QIODevice *device = link == Tcp ? static_cast<QIODevice *>(tcp.data()) : &serial;
+    static_cast<void>(QTest::qWaitFor(
+        [&] {
+            while (udp && udp->hasPendingDatagrams()) {
+                QByteArray datagram(int(udp->pendingDatagramSize()), '\0');
+                udp->readDatagram(datagram.data(), datagram.size(), &client, &clientPort);
+                received += datagram;
+            }
+            if (link != Udp && device && device->isOpen())
+                received += device->readAll();
+            return (frames += takeFrames(&received)).size() >= count;
+        },
+        LINK_WAIT_MS));
     return frames;
-}
-
-void MessageLog::install()
-{
-    previousHandler = qInstallMessageHandler(recordMessage);
-}
-
-bool MessageLog::startsWith(const QString &prefix)
-{
-    return std::any_of(
-        messages.begin(), messages.end(), [&](const QString &l) { return l.startsWith(prefix); });
-}
-
-int MessageLog::count(const QString &line)
-{
-    return messages.count(line);
-}
-
-void MessageLog::clear()
-{
-    messages.clear();
 }
 
 } // namespace harness

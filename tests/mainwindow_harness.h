@@ -1,124 +1,132 @@
 #ifndef MAINWINDOW_HARNESS_H
 #define MAINWINDOW_HARNESS_H
 
-// Drives a MainWindow as a user would (widgets found by object name) against
-// a modem played by the test on 127.0.0.1.
+// Drives a MainWindow through its widgets against a modem played by the test over TCP, UDP or socat's pty.
 
-#include <QComboBox>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPointer>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTableView>
-#include <QTcpServer>
-#include <QTcpSocket>
-#include <QTest>
-
-#include <memory>
-#include <stdint.h>
+#include <QtNetwork>
+#include <QtSerialPort>
+#include <QtTest>
+#include <QtWidgets>
 
 #include "mainwindow.h"
+#include "reference_frames.h"
+#include "varda_extension_qt.h"
 
 namespace harness
 {
 
-const int LINK_WAIT_MS = 5000;
-
-// Extension sub-packets and the frames a modem sends.
-QByteArray src(const QString &callsign, uint8_t seq);
-QByteArray stat();
-QByteArray text(const QByteArray &reply);
-QByteArray rxFrame(uint8_t rssi, uint8_t flags, const QByteArray &packet);
-QByteArray localFrame(uint8_t flags, const QByteArray &packet);
-QByteArray replyFrame(const QByteArray &reply);
+const int LINK_WAIT_MS = 15000;
 
 struct SentFrame {
     int type;
     QByteArray payload;
 };
 
+// Extension sub-packets (type, length, data) and the frames a modem sends.
+inline QByteArray src(const QString &callsign, uint8_t seq)
+{
+    VardaExtension packet;
+    packet.addSource(callsign, seq);
+    return packet.getPacket();
+}
+
+inline QByteArray stat()
+{
+    return "\x02\x16" + QByteArray(22, '\x01');
+}
+
+inline QByteArray text(const QByteArray &reply)
+{
+    return '\x08' + (char(reply.size()) + reply);
+}
+
+// After the SPP header: timestamp (little-endian), noise, rssi, errors, flags.
+inline QByteArray rxFrame(uint8_t rssi, uint8_t flags, const QByteArray &packet)
+{
+    return reference::sppFrame(
+        0, QByteArray::fromHex("87d612005f") + char(rssi) + '\0' + char(flags) + packet);
+}
+
+inline QByteArray localFrame(uint8_t flags, const QByteArray &packet)
+{
+    return reference::sppFrame(2, char(flags) + packet);
+}
+
+inline QByteArray replyFrame(const QByteArray &reply)
+{
+    return reference::sppFrame(3, reply);
+}
+
 // Takes the complete frames with a good CRC off the front of stream.
-QList<SentFrame> takeFrames(QByteArray *stream);
+inline QList<SentFrame> takeFrames(QByteArray *stream)
+{
+    QList<SentFrame> frames;
+    for (int start; (start = stream->indexOf('$')) >= 0;) {
+        stream->remove(0, start);
+        const int length = stream->size() < 5 ? INT_MAX : 5 + uint8_t(stream->at(4));
+        if (stream->size() < length)
+            return frames;
+        const QByteArray frame = stream->left(length);
+        const bool good = reference::withCrc('$', frame.mid(3)) == frame;
+        if (good)
+            frames.append({ uint8_t(frame.at(3)), frame.mid(5) });
+        stream->remove(0, good ? length : 1);
+    }
+    stream->clear();
+    return frames;
+}
 
-// Debug lines of the code under test; install in initTestCase (after QtTest's own).
-struct MessageLog {
-    static void install();
-    static bool startsWith(const QString &prefix);
-    static int count(const QString &line);
-    static void clear();
+// The far end of the window's link; open() after drop() comes back on the same port or pty path.
+struct Modem {
+    enum Link { Tcp, Udp, Serial } const link;
+    explicit Modem(Link link = Tcp)
+        : link(link)
+    {
+    }
+    ~Modem()
+    {
+        drop();
+    }
+    bool open();
+    // TCP: a new connection taken; UDP: a datagram came (send() answers its sender).
+    bool accept();
+    void drop(); // closes the TCP connection; the UDP socket or socat goes away
+    void send(const QByteArray &bytes);
+    QList<SentFrame> waitForFrames(int count); // the caller checks how many came
+
+    QString address; // port, or the path of the window's end of the pseudo-terminal
+    QTcpServer server;
+    QPointer<QTcpSocket> tcp;
+    std::unique_ptr<QUdpSocket> udp;
+    QHostAddress client;
+    quint16 clientPort = 0;
+    QTemporaryDir dir;
+    QProcess socat;
+    QSerialPort serial;
+    QByteArray received;
 };
 
-class TcpModem
-{
-public:
-    TcpModem()
-    {
-        m_server.listen(QHostAddress::LocalHost, 0);
-    }
-    quint16 port() const
-    {
-        return m_server.serverPort();
-    }
-    bool accept()
-    {
-        if (!QTest::qWaitFor([this] { return m_server.hasPendingConnections(); }, LINK_WAIT_MS))
-            return false;
-        m_socket = m_server.nextPendingConnection();
-        QObject::connect(
-            m_socket, &QTcpSocket::readyRead, m_socket, [this] { m_received += m_socket->readAll(); });
-        return true;
-    }
-    QTcpSocket *socket() const
-    {
-        return m_socket;
-    }
-    void send(const QByteArray &bytes)
-    {
-        m_socket->write(bytes);
-        m_socket->flush();
-    }
-    // The caller checks how many came.
-    QList<SentFrame> waitForFrames(int count)
-    {
-        QList<SentFrame> frames;
-        static_cast<void>(QTest::qWaitFor(
-            [&] { return (frames += takeFrames(&m_received)).size() >= count; }, LINK_WAIT_MS));
-        return frames;
-    }
-
-private:
-    QTcpServer m_server;
-    QPointer<QTcpSocket> m_socket;
-    QByteArray m_received;
-};
-
-class WindowDriver
-{
-public:
+struct WindowDriver {
     WindowDriver()
-        : m_window(new MainWindow)
     {
-        m_window->show();
-        if (!QTest::qWaitForWindowExposed(m_window.get()))
-            qWarning("main window not exposed");
-    }
-    MainWindow *window() const
-    {
-        return m_window.get();
+        window.show();
+        static_cast<void>(QTest::qWaitForWindowExposed(&window));
     }
     template <typename T> T *find(const char *name) const
     {
-        return m_window->findChild<T *>(QLatin1String(name));
+        return window.findChild<T *>(QLatin1String(name));
     }
-    void chooseLinkType(const QString &type)
+    void choose(const char *combo, const QString &item)
     {
-        choose("linkTypeCombo", type);
+        find<QComboBox>(combo)->setCurrentIndex(find<QComboBox>(combo)->findText(item));
     }
+    // Types into a line edit, or the editor of a combo box, and presses Return.
     void setField(const char *name, const QString &value)
     {
-        find<QLineEdit>(name)->clear();
-        QTest::keyClicks(find<QLineEdit>(name), value);
+        QLineEdit *edit = find<QComboBox>(name) ? find<QComboBox>(name)->lineEdit() : find<QLineEdit>(name);
+        edit->clear();
+        QTest::keyClicks(edit, value);
+        QTest::keyClick(edit, Qt::Key_Return);
     }
     void pressConnect()
     {
@@ -128,68 +136,36 @@ public:
     {
         return find<QPushButton>("connectButton")->text();
     }
-    // Picks TCP, connects to the modem and waits until both ends see it.
-    bool connectTcp(TcpModem *modem)
+    // Picks the modem's link and address, (dis)connects; true once both ends see the link.
+    bool connectTo(Modem *modem)
     {
-        chooseLinkType(QStringLiteral("TCP"));
-        setField("portText", QString::number(modem->port()));
+        choose("linkTypeCombo", QStringList { "TCP", "UDP", "Serial" }.at(modem->link));
+        setField(modem->link == Modem::Serial ? "serialPortCombo" : "portText", modem->address);
+        if (connectText() == "Disconnect")
+            pressConnect();
         pressConnect();
         return modem->accept()
             && QTest::qWaitFor([this] { return connectText() == "Disconnect"; }, LINK_WAIT_MS);
     }
-    int packetRows() const
+    int rows(const char *table) const
     {
-        return find<QTableView>("packetTable")->model()->rowCount();
+        return find<QTableView>(table)->model()->rowCount();
     }
-    // Newest first.
-    QString packetCell(int row, int column) const
+    QString cell(const char *table, int row, int column) const
     {
-        return cell("packetTable", row, column).data().toString();
-    }
-    const QProgressBar *rssiBar(int row) const
-    {
-        return qobject_cast<QProgressBar *>(
-            find<QTableView>("packetTable")->indexWidget(cell("packetTable", row, 2)));
-    }
-    int stationRows() const
-    {
-        return find<QTableView>("stationsTable")->model()->rowCount();
-    }
-    QString stationCell(int row, int column) const
-    {
-        return cell("stationsTable", row, column).data().toString();
-    }
-    void chooseTerminalMode(const QString &mode)
-    {
-        choose("configModeBox", mode);
+        return find<QTableView>(table)->model()->index(row, column).data().toString();
     }
     void typeCommand(const QString &command)
     {
         QTest::keyClicks(find<QLineEdit>("commandLineEdit"), command);
         QTest::mouseClick(find<QPushButton>("cmdPushButton"), Qt::LeftButton);
     }
-    void typeDestination(const QString &callsign)
-    {
-        QLineEdit *editor = find<QComboBox>("terminalSelectActive")->lineEdit();
-        editor->clear();
-        QTest::keyClicks(editor, callsign);
-        QTest::keyClick(editor, Qt::Key_Return);
-    }
     QString terminalOutput() const
     {
         return find<QPlainTextEdit>("commandOutputTextEdit")->toPlainText();
     }
 
-private:
-    void choose(const char *combo, const QString &item)
-    {
-        find<QComboBox>(combo)->setCurrentIndex(find<QComboBox>(combo)->findText(item));
-    }
-    QModelIndex cell(const char *table, int row, int column) const
-    {
-        return find<QTableView>(table)->model()->index(row, column);
-    }
-    std::unique_ptr<MainWindow> m_window;
+    MainWindow window;
 };
 
 } // namespace harness

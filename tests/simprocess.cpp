@@ -12,13 +12,11 @@ SimProcess::~SimProcess()
 
 quint16 SimProcess::freePort()
 {
-    for (int attempt = 0; attempt < 20; attempt++) {
-        QTcpServer tcp;
-        QUdpSocket udp;
-        if (tcp.listen(QHostAddress::LocalHost, 0) && udp.bind(QHostAddress::LocalHost, tcp.serverPort()))
-            return tcp.serverPort();
-    }
-    return 0;
+    QTcpServer tcp;
+    QUdpSocket udp;
+    const bool both
+        = tcp.listen(QHostAddress::LocalHost, 0) && udp.bind(QHostAddress::LocalHost, tcp.serverPort());
+    return both ? tcp.serverPort() : freePort();
 }
 
 bool SimProcess::start(QStringList args)

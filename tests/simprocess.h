@@ -7,8 +7,7 @@
 // The network simulator as a separate process on 127.0.0.1.
 struct SimProcess {
     ~SimProcess();
-    // Adds --modem-port and --gateway-port on free ports unless args name
-    // them; true once the simulator reports that it is ready.
+    // Adds --modem-port and --gateway-port on free ports unless given; true once the simulator is ready.
     bool start(QStringList args = QStringList());
     QString log(); // all it wrote to standard error so far
     static quint16 freePort(); // for both TCP and UDP, right now
