@@ -286,6 +286,20 @@ private slots:
         QCOMPARE(QList<QVariantList>(forwarded), QList<QVariantList>({ { "RLHB-1", HK2 + char(7) } }));
     }
 
+    // A log that cannot be opened costs its line, not the view's; the next line tries again.
+    void unwritableLog()
+    {
+        const QString events = m_home->path() + "/.toolbox/event.txt";
+        const QByteArray describer = bytes("08 01 05 3C 9A"); // a sonar column describer: an event line
+        QVERIFY(QDir().mkpath(events)); // a directory in the file's place fails even for root
+        feed(describer);
+        QVERIFY(s_debug.contains("Failed to open log"));
+        QVERIFY(QDir(events).removeRecursively());
+        feed(describer);
+        QCOMPARE(w<QTextBrowser>("logView")->toPlainText(), "sonar_desc;1;5;60;10;9\nsonar_desc;1;5;60;10;9");
+        QCOMPARE(fileLines("event.txt"), QStringList { "sonar_desc;1;5;60;10;9" });
+    }
+
     // Alone as tst_glider_stress: the table keeps its rows, each log file gains one line per record.
     void hundredThousandPayloads()
     {
