@@ -10,7 +10,7 @@
 #include <QPair>
 #include <QString>
 
-#include "gatewayframer.h"
+#include "gatewaystream.h"
 
 namespace
 {
@@ -26,7 +26,7 @@ void check(bool ok)
 // chunk 0: whole; 1: byte by byte; otherwise 1 + data[k] % chunk bytes.
 Messages split(const QByteArray &input, int chunk, bool *malformed)
 {
-    GatewayFramer framer;
+    GatewayStream framer;
     Messages messages;
     *malformed = false;
     int pos = 0;
@@ -37,14 +37,14 @@ Messages split(const QByteArray &input, int chunk, bool *malformed)
         uint32_t type = 0;
         QByteArray content;
         for (;;) {
-            const GatewayFramer::Result r = framer.next(&type, &content);
-            if (r == GatewayFramer::NeedMore)
+            const GatewayStream::Result r = framer.next(&type, &content);
+            if (r == GatewayStream::NeedMore)
                 break;
-            if (r == GatewayFramer::Malformed) {
+            if (r == GatewayStream::Malformed) {
                 *malformed = true;
                 break;
             }
-            check(content.size() <= int(GatewayFramer::MAX_MESSAGE));
+            check(content.size() <= int(GatewayStream::MAX_MESSAGE));
             messages.append({ type, content });
         }
     }
@@ -57,12 +57,12 @@ void readContents(const Messages &messages)
         QString imei;
         bool flush = false;
         QByteArray payload;
-        if (GatewayFramer::readSbdRequest(m.second, &imei, &flush, &payload))
-            check(payload.size() == m.second.size() - GatewayFramer::IMEI_LEN - 1);
+        if (GatewayStream::readSbdRequest(m.second, &imei, &flush, &payload))
+            check(payload.size() == m.second.size() - GatewayStream::IMEI_LEN - 1);
         QString callsign;
-        if (GatewayFramer::readRelayPayload(m.second, &callsign, &payload))
-            check(payload.size() == m.second.size() - GatewayFramer::CALLSIGN_LEN);
-        const QByteArray framed = GatewayFramer::frame(m.first, m.second);
+        if (GatewayStream::readRelayPayload(m.second, &callsign, &payload))
+            check(payload.size() == m.second.size() - GatewayStream::CALLSIGN_LEN);
+        const QByteArray framed = GatewayStream::frame(m.first, m.second);
         check(framed.size() == m.second.size() + 8);
     }
 }

@@ -15,8 +15,8 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "gatewayframer.h"
-#include "iridiumtcp.h"
+#include "gatewaystream.h"
+#include "gateway_message.h"
 #include "nmea.h"
 #include "sonar.h"
 #include "spp_host_qt.h"
@@ -333,19 +333,19 @@ QByteArray datastoreBlock()
 QByteArray toVehicle(const QByteArray &block, bool flush)
 {
     const QByteArray content = QByteArray(VehicleImei) + char(flush ? 1 : 0) + block;
-    return GatewayFramer::frame(IridiumTcp::SBDTXRequest, content);
+    return GatewayStream::frame(GATEWAY_SBD_TX_REQUEST, content);
 }
 
 QByteArray toRelayhub(const QByteArray &payload)
 {
     QByteArray callsign(Vehicle);
-    callsign.append(QByteArray(IridiumTcp::CallsignField - callsign.size(), '\0'));
-    return GatewayFramer::frame(IridiumTcp::RawPayload, callsign + payload);
+    callsign.append(QByteArray(GATEWAY_CALLSIGN_FIELD - callsign.size(), '\0'));
+    return GatewayStream::frame(GATEWAY_RAW_PAYLOAD, callsign + payload);
 }
 
 QByteArray fromVehicle(const QByteArray &payload)
 {
-    return GatewayFramer::frame(IridiumTcp::RawPayload, GatewayFramer::vehiclePayload(VehicleImei, payload));
+    return GatewayStream::frame(GATEWAY_RAW_PAYLOAD, GatewayStream::vehiclePayload(VehicleImei, payload));
 }
 
 // ---- NMEA -------------------------------------------------------------

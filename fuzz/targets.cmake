@@ -11,8 +11,8 @@ varda_fuzz_target(fuzz_extension_decode varda)
 # --- vehicle ---
 varda_fuzz_target(fuzz_glider_payload glider_common)
 # --- gateway and NMEA ---
-varda_fuzz_target(fuzz_nmea glider_common)
-varda_fuzz_target(fuzz_iridium_framing toolbox)
+varda_fuzz_target(fuzz_nmea vehicle_wire Qt5::Core)
+varda_fuzz_target(fuzz_iridium_framing gateway_client)
 # --- simulator ---
 if(PROJECT_NAME STREQUAL "VardaFuzz" AND NOT TARGET varda_sim_core)
   add_subdirectory(${CMAKE_CURRENT_LIST_DIR}/../tools/varda-sim varda-sim EXCLUDE_FROM_ALL)

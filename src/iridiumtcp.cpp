@@ -75,12 +75,9 @@ int IridiumTcp::sendPayload(const QString &callsign, const QByteArray &payload)
 
 int IridiumTcp::send(PacketType packetType, const QByteArray &data)
 {
-    iridium_msg_hdr_t hdr;
-    hdr.tot_length = qToLittleEndian(uint32_t(data.size()) + 4);
-    hdr.type = qToLittleEndian(uint32_t(packetType));
-    QByteArray message(reinterpret_cast<const char *>(&hdr), sizeof(hdr));
-    message.append(data);
-    return int(m_socket.write(message));
+    const std::vector<uint8_t> message = GatewayFramer::frame(
+        packetType, reinterpret_cast<const uint8_t *>(data.constData()), size_t(data.size()));
+    return int(m_socket.write(reinterpret_cast<const char *>(message.data()), qint64(message.size())));
 }
 
 void IridiumTcp::readyRead()
@@ -90,21 +87,15 @@ void IridiumTcp::readyRead()
 
 void IridiumTcp::receive(const QByteArray &bytes)
 {
-    const int lengthField = int(sizeof(iridium_msg_hdr_t::tot_length));
-    m_buffer.append(bytes);
-    while (m_buffer.size() >= lengthField) {
-        const uint32_t totLength = qFromLittleEndian<uint32_t>(m_buffer.constData());
-        if (totLength > uint32_t(m_buffer.size() - lengthField))
-            return; // wait for the rest
-        const QByteArray packet = m_buffer.mid(lengthField, int(totLength));
-        m_buffer.remove(0, lengthField + int(totLength));
-        parsePacket(packet);
-    }
+    m_framer.append(reinterpret_cast<const uint8_t *>(bytes.constData()), size_t(bytes.size()));
+    std::vector<uint8_t> packet;
+    while (m_framer.next(&packet) == GatewayFramer::Message)
+        parsePacket(QByteArray(reinterpret_cast<const char *>(packet.data()), int(packet.size())));
 }
 
 void IridiumTcp::parsePacket(const QByteArray &packet)
 {
-    const int typeField = int(sizeof(iridium_msg_hdr_t::type));
+    const int typeField = GATEWAY_TYPE_FIELD;
     if (packet.size() < typeField) {
         qWarning() << "Packet is malformed (too short)";
         return;

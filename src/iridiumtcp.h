@@ -8,35 +8,12 @@
 
 #include <stdint.h>
 
+#include "gateway_message.h" // the message layout
+#include "gatewayframer.h"
+
 class QCheckBox;
 class QLineEdit;
 class QPushButton;
-
-/*
- * Message on the Iridium gateway link (TCP port 10020), the same framing in
- * both directions, all integers little-endian:
- *
- *   offset  width  field       meaning
- *   0       4      tot_length  bytes after this field: 4 + content length
- *   4       4      type        IridiumTcp::PacketType
- *   8       rest   content     by type:
- *
- *   SBDTXRequest, program -> gateway: an SBD message for a vehicle's modem
- *     IMEI as UTF-8 text (normally 15 digits, no terminator, no length),
- *     1 byte flush flag (1 = flush the gateway's queue first), the message
- *   RawPayload, program -> gateway: a vehicle payload for relayhub
- *     11 bytes callsign, UTF-8 padded with zero bytes, the payload
- *   RawPayload, gateway -> program: data a vehicle sent over Iridium
- *     15 bytes IMEI of the sending modem as text, the data
- *
- * The two directions of RawPayload differ on purpose. A callsign is limited
- * to 10 characters, not bytes: a longer UTF-8 form is sent unpadded.
- */
-struct __attribute__((packed)) iridium_msg_hdr_t {
-    uint32_t tot_length;
-    uint32_t type;
-};
-static_assert(sizeof(iridium_msg_hdr_t) == 8, "iridium_msg_hdr_t is packed");
 
 // Client of the Iridium gateway. Drives the connect button, host field and
 // flush check box its owner hands over; they must outlive it, except that
@@ -45,13 +22,13 @@ class IridiumTcp : public QObject
 {
     Q_OBJECT
 public:
-    enum PacketType : uint32_t { SBDTXRequest = 420000, RawPayload = 420001 };
+    enum PacketType : uint32_t { SBDTXRequest = GATEWAY_SBD_TX_REQUEST, RawPayload = GATEWAY_RAW_PAYLOAD };
     Q_ENUM(PacketType)
 
-    static constexpr quint16 GatewayPort = 10020;
-    static constexpr int ImeiLength = 15;
-    static constexpr int CallsignField = 11;
-    static constexpr int MaxCallsign = 10;
+    static constexpr quint16 GatewayPort = GATEWAY_PORT;
+    static constexpr int ImeiLength = GATEWAY_IMEI_LEN;
+    static constexpr int CallsignField = GATEWAY_CALLSIGN_FIELD;
+    static constexpr int MaxCallsign = GATEWAY_MAX_CALLSIGN;
 
     IridiumTcp(QPushButton *button, QLineEdit *host, QCheckBox *flush, QObject *parent = nullptr);
     ~IridiumTcp() override;
@@ -87,7 +64,7 @@ private:
     [[maybe_unused]] QString m_address;
     QTcpSocket m_socket;
     [[maybe_unused]] int m_port = 0;
-    QByteArray m_buffer; // received bytes not yet framed
+    GatewayFramer m_framer; // unbounded: received bytes not yet framed
     [[maybe_unused]] uint32_t m_size = 0;
     [[maybe_unused]] int m_state = 0;
     QPushButton *ui_button;

@@ -44,7 +44,7 @@ void IridiumGateway::setRate(double rate)
 void IridiumGateway::acceptClient()
 {
     while (QTcpSocket *socket = m_server.nextPendingConnection()) {
-        m_clients.insert(socket, GatewayFramer());
+        m_clients.insert(socket, GatewayStream());
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { readClient(socket); });
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
             simLog("gateway", "client disconnected");
@@ -65,10 +65,10 @@ void IridiumGateway::readClient(QTcpSocket *socket)
     uint32_t type = 0;
     QByteArray content;
     for (;;) {
-        const GatewayFramer::Result result = it->next(&type, &content);
-        if (result == GatewayFramer::NeedMore)
+        const GatewayStream::Result result = it->next(&type, &content);
+        if (result == GatewayStream::NeedMore)
             return;
-        if (result == GatewayFramer::Malformed) {
+        if (result == GatewayStream::Malformed) {
             simLog("gateway", "malformed message length, closing the connection");
             socket->abort();
             return;
@@ -79,13 +79,13 @@ void IridiumGateway::readClient(QTcpSocket *socket)
 
 void IridiumGateway::handleMessage(uint32_t type, const QByteArray &content)
 {
-    if (type == IridiumTcp::SBDTXRequest) {
+    if (type == GATEWAY_SBD_TX_REQUEST) {
         queueSbd(content);
         return;
     }
     QString callsign;
     QByteArray payload;
-    if (type == IridiumTcp::RawPayload && GatewayFramer::readRelayPayload(content, &callsign, &payload)) {
+    if (type == GATEWAY_RAW_PAYLOAD && GatewayStream::readRelayPayload(content, &callsign, &payload)) {
         simLog("gateway", QString("relayhub: %1 bytes from %2").arg(payload.size()).arg(callsign));
         return;
     }
@@ -97,7 +97,7 @@ void IridiumGateway::queueSbd(const QByteArray &content)
     QString imei;
     bool flush = false;
     QByteArray message;
-    if (!GatewayFramer::readSbdRequest(content, &imei, &flush, &message)) {
+    if (!GatewayStream::readSbdRequest(content, &imei, &flush, &message)) {
         simLog("gateway", "SBD request too short");
         return;
     }
@@ -133,7 +133,7 @@ void IridiumGateway::runSession()
 void IridiumGateway::deliverMo(const QByteArray &data)
 {
     const QByteArray frame
-        = GatewayFramer::frame(IridiumTcp::RawPayload, GatewayFramer::vehiclePayload(m_imei, data));
+        = GatewayStream::frame(GATEWAY_RAW_PAYLOAD, GatewayStream::vehiclePayload(m_imei, data));
     for (auto it = m_clients.cbegin(); it != m_clients.cend(); ++it)
         it.key()->write(frame);
     simLog("gateway",

@@ -10,7 +10,7 @@
 #include <QTcpServer>
 #include <QTimer>
 
-#include "gatewayframer.h"
+#include "gatewaystream.h"
 
 class QTcpSocket;
 class SimGlider;
@@ -42,7 +42,7 @@ private:
     void runSession();
 
     QTcpServer m_server;
-    QHash<QTcpSocket *, GatewayFramer> m_clients;
+    QHash<QTcpSocket *, GatewayStream> m_clients;
     SimGlider *m_vehicle = nullptr;
     QString m_imei;
     QList<QByteArray> m_mtQueue;

@@ -1,21 +1,21 @@
-#ifndef GATEWAYFRAMER_H
-#define GATEWAYFRAMER_H
+#ifndef GATEWAYSTREAM_H
+#define GATEWAYSTREAM_H
 
 #include <QByteArray>
 #include <QString>
 
 #include <stdint.h>
 
-#include "iridiumtcp.h" // the message layout, shared with the gateway client
+#include "gatewayframer.h"
 
 // The gateway's side of its TCP link: splits the byte stream of one
-// connection into messages (iridium_msg_hdr_t, then the content), and
-// builds and reads their contents.
-class GatewayFramer
+// connection into messages with a bounded framer (layout in
+// gateway_message.h), and builds and reads their contents.
+class GatewayStream
 {
 public:
-    static const int IMEI_LEN = IridiumTcp::ImeiLength;
-    static const int CALLSIGN_LEN = IridiumTcp::CallsignField;
+    static const int IMEI_LEN = GATEWAY_IMEI_LEN;
+    static const int CALLSIGN_LEN = GATEWAY_CALLSIGN_FIELD;
     // Far above any SBD message; a longer tot_length means a broken stream.
     static const uint32_t MAX_MESSAGE = 64 * 1024;
 
@@ -29,16 +29,16 @@ public:
 
     static QByteArray frame(uint32_t type, const QByteArray &content);
 
-    // SBDTXRequest content; false when shorter than IMEI and flag.
+    // SBD TX request content; false when shorter than IMEI and flag.
     static bool readSbdRequest(const QByteArray &content, QString *imei, bool *flush, QByteArray *message);
-    // RawPayload content from a client; false when shorter than the
+    // Raw payload content from a client; false when shorter than the
     // callsign field.
     static bool readRelayPayload(const QByteArray &content, QString *callsign, QByteArray *payload);
-    // RawPayload content to a client.
+    // Raw payload content to a client.
     static QByteArray vehiclePayload(const QString &imei, const QByteArray &data);
 
 private:
-    QByteArray m_buffer;
+    GatewayFramer m_framer { MAX_MESSAGE };
 };
 
 #endif
