@@ -15,8 +15,8 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "gatewaystream.h"
 #include "gateway_message.h"
+#include "gatewaystream.h"
 #include "nmea.h"
 #include "sonar.h"
 #include "spp_host_qt.h"
@@ -66,7 +66,8 @@ public:
     }
     Chain &add(uint8_t type, const QByteArray &data)
     {
-        vrd_ext_append_pkt(&m_pkt, type, reinterpret_cast<const uint8_t *>(data.constData()), uint16_t(data.size()));
+        vrd_ext_append_pkt(
+            &m_pkt, type, reinterpret_cast<const uint8_t *>(data.constData()), uint16_t(data.size()));
         return *this;
     }
     Chain &source(const char *callsign, uint8_t seq)
@@ -122,7 +123,11 @@ QByteArray beaconChain(const char *callsign, uint8_t seq)
 
 QByteArray replyChain(const char *callsign, const char *text)
 {
-    return Chain().source(callsign, 17).add(VRD_EXT_DEST, encodedCallsign("BASE-1")).add(VRD_EXT_TEXT, text).bytes();
+    return Chain()
+        .source(callsign, 17)
+        .add(VRD_EXT_DEST, encodedCallsign("BASE-1"))
+        .add(VRD_EXT_TEXT, text)
+        .bytes();
 }
 
 QByteArray commandChain(const char *destination, const char *command)
@@ -146,14 +151,16 @@ QByteArray vehicleChain(const QString &callsign, const QByteArray &vehicle, bool
 QByteArray sppFrame(uint8_t type, const QByteArray &payload)
 {
     vrd_spphdr_t hdr;
-    varda_spp_fill_header(&hdr, type, reinterpret_cast<const uint8_t *>(payload.constData()), uint8_t(payload.size()));
+    varda_spp_fill_header(
+        &hdr, type, reinterpret_cast<const uint8_t *>(payload.constData()), uint8_t(payload.size()));
     return bytesOf(hdr) + payload;
 }
 
 QByteArray ppFrame(const QByteArray &payload)
 {
     vrd_pphdr_t hdr;
-    varda_pp_fill_header(&hdr, reinterpret_cast<const uint8_t *>(payload.constData()), uint8_t(payload.size()));
+    varda_pp_fill_header(
+        &hdr, reinterpret_cast<const uint8_t *>(payload.constData()), uint8_t(payload.size()));
     return bytesOf(hdr) + payload;
 }
 
@@ -241,8 +248,9 @@ QByteArray sensorRecords()
     licor_sample light;
     light.light_sensitivity = -8388608;
     pth_sample pth = { 10132, -512, 4550 };
-    return concat({ record(MSG_CTD, bytesOf(ctd)), record(MSG_O2, bytesOf(o2)), record(MSG_PCO2_V2, bytesOf(pco2)),
-        record(MSG_LICOR_24, bytesOf(light)), record(MSG_PTH, bytesOf(pth)) });
+    return concat(
+        { record(MSG_CTD, bytesOf(ctd)), record(MSG_O2, bytesOf(o2)), record(MSG_PCO2_V2, bytesOf(pco2)),
+            record(MSG_LICOR_24, bytesOf(light)), record(MSG_PTH, bytesOf(pth)) });
 }
 
 QByteArray sonarRecords()
@@ -264,7 +272,8 @@ QByteArray sonarRecords()
 
 QByteArray pellTelemetry()
 {
-    return housekeeping2Record() + record(MSG_POSTIME, bytesOf(position())) + sensorRecords() + sonarRecords();
+    return housekeeping2Record() + record(MSG_POSTIME, bytesOf(position())) + sensorRecords()
+        + sonarRecords();
 }
 
 QByteArray iridiumTelemetry()
@@ -306,10 +315,11 @@ uint32_t datastoreArgument(ds_action action)
 // Command blocks as the panel's command queue sends them.
 QByteArray settingsBlock()
 {
-    return concat({ shortCommand(1, CMD_TELEMETRY_RATE_PELL, 70), shortCommand(2, CMD_TELEMETRY_RATE_IRIDIUM, 125),
-        shortCommand(3, CMD_POWER, POWER_SONAR | 1), shortCommand(4, CMD_SONAR_WCOL_MAX, 12),
-        longCommand(5, CMD_TELEMETRY_MESSAGES_PELL, TM_HOUSEKEEPING2 | TM_POSTIME | TM_CTD | TM_PTH),
-        longCommand(6, CMD_TELEMETRY_MESSAGES_IRIDIUM, TM_HOUSEKEEPING | TM_SONAR_REPORT) });
+    return concat(
+        { shortCommand(1, CMD_TELEMETRY_RATE_PELL, 70), shortCommand(2, CMD_TELEMETRY_RATE_IRIDIUM, 125),
+            shortCommand(3, CMD_POWER, POWER_SONAR | 1), shortCommand(4, CMD_SONAR_WCOL_MAX, 12),
+            longCommand(5, CMD_TELEMETRY_MESSAGES_PELL, TM_HOUSEKEEPING2 | TM_POSTIME | TM_CTD | TM_PTH),
+            longCommand(6, CMD_TELEMETRY_MESSAGES_IRIDIUM, TM_HOUSEKEEPING | TM_SONAR_REPORT) });
 }
 
 QByteArray sonarBlock()
@@ -325,7 +335,8 @@ QByteArray datastoreBlock()
     return concat({ longCommand(13, CMD_DATASTORE, datastoreArgument(DS_Open)),
         longCommand(14, CMD_DATASTORE, datastoreArgument(DS_Flush)),
         longCommand(15, CMD_DATASTORE, datastoreArgument(DS_ClearFlag)),
-        longCommand(16, CMD_DATASTORE, datastoreArgument(DS_Close)), shortCommand(17, CMD_TELEMETRY_REQUEST, 1) });
+        longCommand(16, CMD_DATASTORE, datastoreArgument(DS_Close)),
+        shortCommand(17, CMD_TELEMETRY_REQUEST, 1) });
 }
 
 // ---- gateway ----------------------------------------------------------
@@ -425,7 +436,8 @@ void radioSeeds(CorpusWriter &out)
     const QByteArray rxTelemetry = sppFrame(SPP_TYPE_RX, received(telemetry, ExtensionFlag));
     const QByteArray localBeacon = sppFrame(SPP_TYPE_LOCAL, char(ExtensionFlag) + beaconChain("BASE-1", 200));
     const QByteArray txCommand = SppHost::packTransmit(command, ExtensionFlag);
-    const QByteArray txVehicle = SppHost::packTransmit(vehicleChain(Vehicle, sonarBlock(), false), ExtensionFlag);
+    const QByteArray txVehicle
+        = SppHost::packTransmit(vehicleChain(Vehicle, sonarBlock(), false), ExtensionFlag);
 
     out.add("fuzz_spp", "rx_beacon", rxBeacon);
     out.add("fuzz_spp", "rx_vehicle_telemetry", rxTelemetry);
@@ -462,7 +474,8 @@ void vehicleSeeds(CorpusWriter &out)
     out.add("fuzz_glider_payload", "iridium_telemetry", iridiumTelemetry());
     out.add("fuzz_glider_payload", "stepped_over", steppedOverRecords());
     out.add("fuzz_glider_payload", "sonar_reports", sonarRecords());
-    out.add("fuzz_glider_payload", "radio_ext_telemetry", received(vehicleChain(Vehicle, pell, true), ExtensionFlag));
+    out.add("fuzz_glider_payload", "radio_ext_telemetry",
+        received(vehicleChain(Vehicle, pell, true), ExtensionFlag));
     out.add("fuzz_glider_payload", "radio_raw_telemetry", received(iridiumTelemetry(), 0));
 
     out.add("fuzz_sim_vehicle", "settings", settingsBlock());
@@ -476,9 +489,11 @@ void gatewaySeeds(CorpusWriter &out)
     out.add("fuzz_iridium_framing", "vehicle_payloads",
         char(0x35) + fromVehicle(iridiumTelemetry()) + fromVehicle(pellTelemetry()));
     out.add("fuzz_iridium_framing", "ignored_then_payload",
-        char(0x02) + toVehicle(sonarBlock(), false) + fromVehicle(QByteArray()) + fromVehicle(iridiumTelemetry()));
+        char(0x02) + toVehicle(sonarBlock(), false) + fromVehicle(QByteArray())
+            + fromVehicle(iridiumTelemetry()));
 
-    out.add("fuzz_sim_gateway", "sbd_commands", toVehicle(settingsBlock(), false) + toVehicle(sonarBlock(), true));
+    out.add("fuzz_sim_gateway", "sbd_commands",
+        toVehicle(settingsBlock(), false) + toVehicle(sonarBlock(), true));
     out.add("fuzz_sim_gateway", "relay_telemetry", toRelayhub(pellTelemetry()));
     out.add("fuzz_sim_gateway", "sbd_datastore", toVehicle(datastoreBlock(), true));
 }
@@ -486,8 +501,8 @@ void gatewaySeeds(CorpusWriter &out)
 void modemClientSeeds(CorpusWriter &out)
 {
     out.add("fuzz_sim_modem", "commands",
-        concat({ SppHost::packCommand("stations"), SppHost::packCommand("call BASE-2"), SppHost::packCommand("beacon"),
-            SppHost::packCommand("call") }));
+        concat({ SppHost::packCommand("stations"), SppHost::packCommand("call BASE-2"),
+            SppHost::packCommand("beacon"), SppHost::packCommand("call") }));
     out.add("fuzz_sim_modem", "station_commands",
         SppHost::packTransmit(commandChain("ALPHA-1", "status"), ExtensionFlag)
             + SppHost::packTransmit(commandChain("BRAVO-2", "uptime"), ExtensionFlag));
@@ -499,14 +514,15 @@ void modemClientSeeds(CorpusWriter &out)
 
 void nmeaSeeds(CorpusWriter &out)
 {
-    out.add("fuzz_nmea", "packed_gga", packedGga(288703800, -69100000, 54540) + packedGga(-203123400, 907234500, -1250));
+    out.add("fuzz_nmea", "packed_gga",
+        packedGga(288703800, -69100000, 54540) + packedGga(-203123400, 907234500, -1250));
     out.add("fuzz_nmea", "built_rmc",
-        sentence({ "GPRMC", "081836.75", "A", "3751.65", "S", "14507.36", "E", "000.0", "360.0", "130998", "011.3",
-            "E" })
+        sentence({ "GPRMC", "081836.75", "A", "3751.65", "S", "14507.36", "E", "000.0", "360.0", "130998",
+            "011.3", "E" })
             + sentence({ "GNRMC", "235959.000", "V", "", "", "", "", "", "", "311299", "", "", "N" }));
     out.add("fuzz_nmea", "built_gga",
-        sentence({ "GPGGA", "123519", "4807.038", "N", "01131.000", "E", "1", "08", "0.9", "545.4", "M", "46.9", "M",
-            "", "" }));
+        sentence({ "GPGGA", "123519", "4807.038", "N", "01131.000", "E", "1", "08", "0.9", "545.4", "M",
+            "46.9", "M", "", "" }));
 }
 
 } // namespace
