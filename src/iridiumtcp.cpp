@@ -6,6 +6,16 @@
 #include <QPushButton>
 #include <QtEndian>
 
+namespace
+{
+QByteArray lengthField(int length)
+{
+    QByteArray field(GATEWAY_LENGTH_FIELD, Qt::Uninitialized);
+    qToLittleEndian<uint32_t>(uint32_t(length), field.data());
+    return field;
+}
+} // namespace
+
 IridiumTcp::IridiumTcp(QPushButton *button, QLineEdit *host, QCheckBox *flush, QObject *parent)
     : QObject(parent)
     , m_socket(this)
@@ -77,7 +87,16 @@ int IridiumTcp::send(PacketType packetType, const QByteArray &data)
 {
     const std::vector<uint8_t> message = GatewayFramer::frame(
         packetType, reinterpret_cast<const uint8_t *>(data.constData()), size_t(data.size()));
-    return int(m_socket.write(reinterpret_cast<const char *>(message.data()), qint64(message.size())));
+    const QByteArray bytes(reinterpret_cast<const char *>(message.data()), int(message.size()));
+    const int written = int(m_socket.write(bytes));
+    if (written > 0)
+        emit messageSent(linkName(), bytes);
+    return written;
+}
+
+QString IridiumTcp::linkName() const
+{
+    return QStringLiteral("gateway:%1:%2").arg(m_socket.peerName()).arg(m_socket.peerPort());
 }
 
 void IridiumTcp::readyRead()
@@ -89,8 +108,11 @@ void IridiumTcp::receive(const QByteArray &bytes)
 {
     m_framer.append(reinterpret_cast<const uint8_t *>(bytes.constData()), size_t(bytes.size()));
     std::vector<uint8_t> packet;
-    while (m_framer.next(&packet) == GatewayFramer::Message)
-        parsePacket(QByteArray(reinterpret_cast<const char *>(packet.data()), int(packet.size())));
+    while (m_framer.next(&packet) == GatewayFramer::Message) {
+        const QByteArray message(reinterpret_cast<const char *>(packet.data()), int(packet.size()));
+        emit messageReceived(linkName(), lengthField(message.size()) + message);
+        parsePacket(message);
+    }
 }
 
 void IridiumTcp::parsePacket(const QByteArray &packet)

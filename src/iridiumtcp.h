@@ -47,6 +47,8 @@ public:
     void receive(const QByteArray &bytes);
     // One message without its length field.
     void parsePacket(const QByteArray &packet);
+    // "gateway:HOST:PORT" of the connection.
+    QString linkName() const;
 
 public slots:
     void connectPressed();
@@ -57,6 +59,10 @@ public slots:
 signals:
     void newData(QString imei, QByteArray data);
     void connectionStateChanged(bool is_);
+    // Every whole message, length field included, as it was received or
+    // written, with linkName().
+    void messageReceived(const QString &link, const QByteArray &message);
+    void messageSent(const QString &link, const QByteArray &message);
 
 private:
     // m_address, m_port, m_size and m_state are not used: the host comes

@@ -1,13 +1,29 @@
 #include <QApplication>
+#include <QCommandLineParser>
+
+#include <stdio.h>
 
 #include "mainwindow.h"
+#include "recordingoptions.h"
+#include "recordingsession.h"
 #include "stylesheet.h"
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
+    app.setApplicationName("varda-toolbox"); // names the data folder of the captures
     app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
+    QCommandLineParser parser;
+    RecordingOptions recording;
+    recording.addTo(&parser);
+    parser.process(app);
+    QString error;
+    if (!recording.read(parser, &error)) {
+        fprintf(stderr, "%s: %s\n", argv[0], qPrintable(error));
+        return 2;
+    }
     MainWindow window;
+    RecordingSession session(recording, &window);
     window.show();
     return app.exec();
 }

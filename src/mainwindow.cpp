@@ -366,6 +366,7 @@ void MainWindow::tickUdpSocket()
 // not once per packet (PacketTableView), so a burst costs that once.
 void MainWindow::feedSppHost(const QString &source, const QByteArray &bytes)
 {
+    emit linkBytesReceived(linkName(), bytes);
     m_spp_host->setSource(source);
     for (const char byte : bytes)
         m_spp_host->parse(uint8_t(byte));
@@ -411,8 +412,24 @@ void MainWindow::sendData(const QByteArray &data)
         tcpSocket.write(data);
         break;
     case NONE:
+        return;
+    }
+    emit linkBytesSent(linkName(), data);
+}
+
+QString MainWindow::linkName() const
+{
+    switch (m_active_connection) {
+    case SERIAL:
+        return QStringLiteral("serial:%1@%2").arg(m_serial->portName()).arg(m_serial->baudRate());
+    case UDP:
+        return QStringLiteral("udp:%1:%2").arg(m_ip_address.toString()).arg(currentPort());
+    case TCP:
+        return QStringLiteral("tcp:%1:%2").arg(m_ip_address.toString()).arg(tcpSocket.peerPort());
+    case NONE:
         break;
     }
+    return QString();
 }
 
 // Every packet starts its own timer; the first timer of a burst turns the

@@ -52,6 +52,9 @@ public:
     {
         return m_spp_host.get();
     }
+    // The open modem link as "tcp:HOST:PORT", "udp:HOST:PORT" or
+    // "serial:DEVICE@BAUD"; empty while none is open.
+    QString linkName() const;
 
 public slots:
     // Link management
@@ -80,6 +83,11 @@ public slots:
     void selectStationTree(const QModelIndex &index);
     void sendCommand();
     void configModeChanged(const QString &mode);
+
+signals:
+    // Every byte read from and written to the modem link, with linkName().
+    void linkBytesReceived(const QString &link, const QByteArray &bytes);
+    void linkBytesSent(const QString &link, const QByteArray &bytes);
 
 private:
     void connectViews();
