@@ -116,3 +116,8 @@ void ModemServer::broadcast(const QByteArray &frame)
     for (SppLink *link : qAsConst(m_links))
         link->send(frame);
 }
+
+QList<SppLink *> ModemServer::links() const
+{
+    return m_links;
+}

@@ -27,6 +27,7 @@ public:
     // Returns the name of the terminal's slave side, empty on failure.
     QString openPty(QString *error);
 
+    QList<SppLink *> links() const;
     // Sends a frame to every client.
     void broadcast(const QByteArray &frame);
 

@@ -15,6 +15,14 @@ const QCommandLineOption Seed("seed", "Seed of the random values, for repeatable
 const QCommandLineOption Roles("roles",
     "Roles to play, comma separated: modem, glider, gateway (default all).", "list", "modem,glider,gateway");
 const QCommandLineOption Stations("stations", "Number of remote stations, 0 to 8 (default 4).", "count", "4");
+const QCommandLineOption Replay("replay",
+    "Play the inbound modem bytes of a capture file to every client instead of the simulated network; "
+    "commands are not answered.",
+    "file");
+const QCommandLineOption Speed("speed",
+    "Replay speed: recorded gaps divided by this factor; 0 plays as fast as the link takes the bytes "
+    "(default 1).",
+    "factor", "1");
 const QCommandLineOption Pty("pty", "Also serve the modem on a pseudo-terminal; its name is logged.");
 
 bool readPort(const QString &text, quint16 *port)
@@ -42,6 +50,18 @@ bool readRoles(const QString &text, SimOptions *options)
     }
     // The glider needs a way in.
     return options->modem || options->gateway;
+}
+
+bool readReplay(const QCommandLineParser &parser, SimOptions *options, QString *error)
+{
+    options->replay = parser.value(Replay);
+    bool ok = false;
+    options->speed = parser.value(Speed).toDouble(&ok);
+    if (!ok || options->speed < 0 || options->speed > 1e6) {
+        *error = "the speed is a number from 0 to 1000000";
+        return false;
+    }
+    return true;
 }
 
 bool readNumbers(const QCommandLineParser &parser, SimOptions *options, QString *error)
@@ -80,7 +100,7 @@ bool SimOptions::parse(const QStringList &arguments, SimOptions *options, QStrin
         "Iridium gateway, on this machine.");
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addOptions({ Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty });
+    parser.addOptions({ Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty, Replay, Speed });
     parser.process(arguments);
 
     if (!options->bind.setAddress(parser.value(Bind))) {
@@ -94,5 +114,5 @@ bool SimOptions::parse(const QStringList &arguments, SimOptions *options, QStrin
         return false;
     }
     options->pty = parser.isSet(Pty);
-    return true;
+    return readReplay(parser, options, error);
 }

@@ -18,6 +18,9 @@ struct SimOptions {
     bool gateway = true;
     bool pty = false;
     int stations = 4;
+    // Replay: the modem plays a capture's inbound bytes instead, nothing else runs.
+    QString replay;
+    double speed = 1.0;
 
     // Reads the command line (arguments()[0] is the program). On failure
     // returns false with a message in *error; --help and --version print

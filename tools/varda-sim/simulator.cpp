@@ -2,12 +2,14 @@
 
 #include <QDateTime>
 
+#include "capturereplay.h"
 #include "iridiumgateway.h"
 #include "modemserver.h"
 #include "simglider.h"
 #include "simlog.h"
 #include "simmodem.h"
 #include "simstation.h"
+#include "spplink.h"
 
 namespace
 {
@@ -39,6 +41,8 @@ Simulator::Simulator(const SimOptions &options, QObject *parent)
 
 bool Simulator::start(QString *error)
 {
+    if (!m_options.replay.isEmpty())
+        return startReplay(error);
     if (m_options.glider) {
         m_glider = new SimGlider(&m_rng, this);
         m_glider->start(m_options.rate);
@@ -86,5 +90,34 @@ bool Simulator::startGateway(QString *error)
         m_gateway->setVehicle(m_glider, SimGlider::Imei);
         connect(m_glider, &SimGlider::sbdPayload, m_gateway, &IridiumGateway::deliverMo);
     }
+    return true;
+}
+
+// Each client gets the whole capture from its start; the pseudo-terminal,
+// which has no joining, gets it from the simulator's start.
+bool Simulator::startReplay(QString *error)
+{
+    QVector<CaptureReplay::Block> blocks;
+    QString warning;
+    if (!CaptureReplay::load(m_options.replay, &blocks, error, &warning))
+        return false;
+    if (!warning.isEmpty())
+        simLog("replay", "playing up to the damage: " + warning);
+    simLog("replay", QString("%1 blocks from %2").arg(blocks.size()).arg(m_options.replay));
+    m_server = new ModemServer(this);
+    if (!m_server->listen(m_options.bind, m_options.modemPort, error))
+        return false;
+    const double speed = m_options.speed;
+    const auto play = [this, blocks, speed](SppLink *link) {
+        auto *replay = new CaptureReplay(blocks, speed, link);
+        connect(replay, &CaptureReplay::finished, this,
+            [link] { simLog("replay", "played to " + link->name()); });
+    };
+    connect(m_server, &ModemServer::clientJoined, this, play);
+    if (m_options.pty && m_server->openPty(error).isEmpty())
+        return false;
+    for (SppLink *link : m_server->links())
+        play(link);
+    simLog("varda-sim", "ready");
     return true;
 }

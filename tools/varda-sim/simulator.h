@@ -27,6 +27,7 @@ public:
 private:
     bool startModem(QString *error);
     bool startGateway(QString *error);
+    bool startReplay(QString *error);
     void addStations();
 
     SimOptions m_options;
