@@ -52,6 +52,11 @@ bool ConnectedWindow::connected() const
     return m_modem != nullptr;
 }
 
+MainWindow *ConnectedWindow::window()
+{
+    return &m_window;
+}
+
 bool ConnectedWindow::deliver(const QByteArray &bytes, int packets)
 {
     m_rows = 0;

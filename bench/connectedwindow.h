@@ -17,6 +17,7 @@ public:
     explicit ConnectedWindow(int tab);
 
     bool connected() const;
+    MainWindow *window();
     // Sends the bytes and runs the event loop until the packet log has taken
     // that many packets; false when it has not within 30 s.
     bool deliver(const QByteArray &bytes, int packets);

@@ -22,3 +22,6 @@ varda_fuzz_target(fuzz_sim_vehicle varda_sim_core)
 varda_fuzz_target(fuzz_sim_modem varda_sim_core)
 # --- main window ---
 varda_fuzz_target(fuzz_mainwindow_dispatch toolbox)
+# --- session captures ---
+varda_fuzz_target(fuzz_capture_reader capture_wire)
+varda_fuzz_target(fuzz_stream_segmenter capture_wire)

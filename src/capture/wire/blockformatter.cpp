@@ -1,14 +1,11 @@
 #include "blockformatter.h"
 
+#include <charconv>
 #include <stdio.h>
 #include <time.h>
 
 namespace
 {
-const char *const Columns[]
-    = { "time", "link", "dir", "kind", "crc_ok", "spp_type", "len", "rssi_dbm", "noise_dbm", "flags", "src",
-          "seq", "dest", "subpackets", "text", "gateway_type", "imei", "callsign", "hex" };
-
 const char *direction(pcapng_direction_t dir)
 {
     switch (dir) {
@@ -21,108 +18,176 @@ const char *direction(pcapng_direction_t dir)
     }
 }
 
-std::string hex(const std::vector<uint8_t> &bytes)
+void appendHex(std::string *out, const std::vector<uint8_t> &bytes)
 {
     static const char digits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(bytes.size() * 2);
+    const size_t at = out->size();
+    out->resize(at + bytes.size() * 2);
+    char *p = &(*out)[at];
     for (const uint8_t b : bytes) {
-        text += digits[b >> 4];
-        text += digits[b & 0xF];
+        *p++ = digits[b >> 4];
+        *p++ = digits[b & 0xF];
     }
-    return text;
 }
 
-std::string jsonString(const std::string &text)
+void appendJsonString(std::string *out, const std::string &text)
 {
-    std::string out = "\"";
+    *out += '"';
     for (const char c : text) {
         const unsigned char u = static_cast<unsigned char>(c);
         if (c == '"' || c == '\\') {
-            out += '\\';
-            out += c;
+            *out += '\\';
+            *out += c;
         } else if (u < 0x20) {
             char escaped[8];
             snprintf(escaped, sizeof escaped, "\\u%04x", u);
-            out += escaped;
+            *out += escaped;
         } else {
-            out += c;
+            *out += c;
         }
     }
-    return out + "\"";
+    *out += '"';
 }
 
-std::string csvField(const std::string &text)
+void appendCsvField(std::string *out, const std::string &text)
 {
-    if (text.find_first_of(",\"\r\n") == std::string::npos)
-        return text;
-    std::string out = "\"";
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+        *out += text;
+        return;
+    }
+    *out += '"';
     for (const char c : text) {
         if (c == '"')
-            out += '"';
-        out += c;
+            *out += '"';
+        *out += c;
     }
-    return out + "\"";
+    *out += '"';
 }
 
-std::string joined(const std::vector<std::string> &names, const char *separator)
+void appendNumber(std::string *out, long long v)
 {
-    std::string out;
-    for (size_t i = 0; i < names.size(); ++i)
-        out += (i ? separator : "") + names[i];
-    return out;
+    char digits[24];
+    const std::to_chars_result r = std::to_chars(digits, digits + sizeof digits, v);
+    out->append(digits, r.ptr);
 }
 
-template <typename T> std::string number(const std::optional<T> &v)
+// Writes the fields in column order, as JSON members (absent ones left out)
+// or CSV cells (absent ones empty).
+// A CSV header row writes the names only.
+class Row
 {
-    return v ? std::to_string(*v) : std::string();
-}
+public:
+    enum Kind { Json, Csv, CsvHeader };
 
-std::string boolean(const std::optional<bool> &v)
-{
-    return v ? (*v ? "true" : "false") : "";
-}
+    Row(Kind kind, std::string *out)
+        : m_json(kind == Json)
+        , m_header(kind == CsvHeader)
+        , m_out(out)
+    {
+        *m_out += m_json ? "{" : "";
+    }
+    void text(const char *name, const std::string *value)
+    {
+        if (!open(name, value != nullptr))
+            return;
+        if (m_json)
+            appendJsonString(m_out, *value);
+        else
+            appendCsvField(m_out, *value);
+    }
+    void text(const char *name, const std::optional<std::string> &value)
+    {
+        text(name, value ? &*value : nullptr);
+    }
+    template <typename T> void number(const char *name, const std::optional<T> &value)
+    {
+        if (open(name, bool(value)))
+            appendNumber(m_out, (long long)*value);
+    }
+    void boolean(const char *name, const std::optional<bool> &value)
+    {
+        if (open(name, bool(value)))
+            *m_out += *value ? "true" : "false";
+    }
+    void names(const char *name, const std::optional<std::vector<std::string>> &value)
+    {
+        if (!open(name, bool(value)))
+            return;
+        std::string joined;
+        for (size_t i = 0; i < value->size(); ++i) {
+            if (m_json) {
+                *m_out += i ? "," : "[";
+                appendJsonString(m_out, (*value)[i]);
+            } else {
+                joined += (i ? ";" : "") + (*value)[i];
+            }
+        }
+        if (m_json)
+            *m_out += value->empty() ? "[]" : "]";
+        else
+            appendCsvField(m_out, joined);
+    }
+    void hex(const char *name, const std::vector<uint8_t> &bytes)
+    {
+        if (!open(name, true))
+            return;
+        *m_out += m_json ? "\"" : "";
+        appendHex(m_out, bytes);
+        *m_out += m_json ? "\"}" : "";
+    }
 
-// The values of one block in column order, as plain texts, with which of
-// them are JSON strings; absent values are empty and left out of JSON.
-struct Cell {
-    bool present;
-    bool quoted;
-    std::string text;
+private:
+    // The separator and, in JSON, the member name; false when there is no
+    // value to write.
+    bool open(const char *name, bool present)
+    {
+        if (m_json && !present)
+            return false;
+        if (m_fields++ > 0)
+            *m_out += ',';
+        if (m_header) {
+            *m_out += name;
+            return false;
+        }
+        if (m_json) {
+            *m_out += '"';
+            *m_out += name;
+            *m_out += "\":";
+        }
+        return present;
+    }
+
+    bool m_json;
+    bool m_header;
+    std::string *m_out;
+    int m_fields = 0;
 };
 
-std::vector<Cell> cells(const DecodedBlock &b)
+// One block, the columns in order.
+void writeRow(Row *row, const DecodedBlock &b, const std::string &time)
 {
     const char *dir = direction(b.dir);
-    const auto text = [](const std::optional<std::string> &v) {
-        return Cell { bool(v), true, v.value_or("") };
-    };
-    const auto num = [](const auto &v) { return Cell { bool(v), false, number(v) }; };
-    std::vector<Cell> row = {
-        { true, true, BlockFormatter::isoTime(b.time_us) },
-        { true, true, b.link },
-        { dir != nullptr, true, dir ? dir : "" },
-        { !b.kind.empty(), true, b.kind },
-        { bool(b.crc_ok), false, boolean(b.crc_ok) },
-        num(b.spp_type),
-        num(b.len),
-        num(b.rssi_dbm),
-        num(b.noise_dbm),
-        num(b.flags),
-        text(b.src),
-        num(b.seq),
-        text(b.dest),
-        { bool(b.subpackets), false, "" }, // filled by the format
-        text(b.text),
-        num(b.gateway_type),
-        text(b.imei),
-        text(b.callsign),
-        { true, true, hex(b.bytes) },
-    };
-    return row;
+    const std::string dirText = dir ? dir : "";
+    row->text("time", &time);
+    row->text("link", &b.link);
+    row->text("dir", dir ? &dirText : nullptr);
+    row->text("kind", b.kind.empty() ? nullptr : &b.kind);
+    row->boolean("crc_ok", b.crc_ok);
+    row->number("spp_type", b.spp_type);
+    row->number("len", b.len);
+    row->number("rssi_dbm", b.rssi_dbm);
+    row->number("noise_dbm", b.noise_dbm);
+    row->number("flags", b.flags);
+    row->text("src", b.src);
+    row->number("seq", b.seq);
+    row->text("dest", b.dest);
+    row->names("subpackets", b.subpackets);
+    row->text("text", b.text);
+    row->number("gateway_type", b.gateway_type);
+    row->text("imei", b.imei);
+    row->text("callsign", b.callsign);
+    row->hex("hex", b.bytes);
 }
-
-const size_t SubpacketsColumn = 13;
 } // namespace
 
 BlockFormatter::BlockFormatter(Format format)
@@ -134,42 +199,19 @@ std::string BlockFormatter::header() const
 {
     if (m_format == Jsonl)
         return std::string();
-    return joined(std::vector<std::string>(std::begin(Columns), std::end(Columns)), ",") + "\n";
+    std::string line;
+    Row row(Row::CsvHeader, &line);
+    writeRow(&row, DecodedBlock(), std::string());
+    return line + "\n";
 }
 
 std::string BlockFormatter::line(const DecodedBlock &block) const
 {
-    return (m_format == Jsonl ? json(block) : csv(block)) + "\n";
-}
-
-std::string BlockFormatter::json(const DecodedBlock &block) const
-{
-    std::vector<Cell> row = cells(block);
-    if (block.subpackets) {
-        std::vector<std::string> quoted;
-        for (const std::string &name : *block.subpackets)
-            quoted.push_back(jsonString(name));
-        row[SubpacketsColumn].text = "[" + joined(quoted, ",") + "]";
-    }
-    std::string out = "{";
-    for (size_t i = 0; i < row.size(); ++i) {
-        if (!row[i].present)
-            continue;
-        if (out.size() > 1)
-            out += ",";
-        out += jsonString(Columns[i]) + ":" + (row[i].quoted ? jsonString(row[i].text) : row[i].text);
-    }
-    return out + "}";
-}
-
-std::string BlockFormatter::csv(const DecodedBlock &block) const
-{
-    std::vector<Cell> row = cells(block);
-    if (block.subpackets)
-        row[SubpacketsColumn].text = joined(*block.subpackets, ";");
     std::string out;
-    for (size_t i = 0; i < row.size(); ++i)
-        out += (i ? "," : "") + csvField(row[i].text);
+    out.reserve(256 + block.bytes.size() * 2);
+    Row row(m_format == Jsonl ? Row::Json : Row::Csv, &out);
+    writeRow(&row, block, isoTime(block.time_us));
+    out += '\n';
     return out;
 }
 

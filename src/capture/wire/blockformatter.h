@@ -27,9 +27,6 @@ public:
     static std::string isoTime(uint64_t time_us);
 
 private:
-    std::string json(const DecodedBlock &block) const;
-    std::string csv(const DecodedBlock &block) const;
-
     Format m_format;
 };
 
