@@ -8,6 +8,7 @@
 #include "loadtraffic.h"
 #include "quietdebug.h"
 #include "spp_host_qt.h"
+#include "steadystate.h"
 #include "varda_extension.h"
 #include "varda_extension_qt.h"
 #include "varda_spp_host.h"
@@ -77,28 +78,12 @@ qint64 totalSize(const QList<QByteArray> &batches)
     return size;
 }
 
-// Argument 0 is the tab on view. One pass over all batches before the
-// timing fills the log to its 200 rows and hears every station, so the runs
-// measure the steady state.
+// Argument 0 is the tab on view.
 void runWindow(benchmark::State &state, const QList<QByteArray> &batches)
 {
     const QuietDebug quiet;
     ConnectedWindow window(int(state.range(0)));
-    if (!window.connected()) {
-        state.SkipWithError("no TCP connection");
-        return;
-    }
-    for (const QByteArray &batch : batches)
-        window.deliver(batch, BATCH);
-    int next = 0;
-    for (auto _ : state) {
-        if (!window.deliver(batches.at(next), BATCH)) {
-            state.SkipWithError("window fell behind");
-            break;
-        }
-        next = (next + 1) % batches.size();
-    }
-    state.SetItemsProcessed(state.iterations() * BATCH);
+    runSteadyState(state, &window, batches, BATCH);
     state.SetBytesProcessed(state.iterations() * totalSize(batches) / batches.size());
 }
 
