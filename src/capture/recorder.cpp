@@ -126,13 +126,13 @@ void Recorder::recordGatewaySent(const QString &link, const QByteArray &message)
 // Interfaces are described the first time their link is heard of.
 Recorder::Link *Recorder::link(const QString &name, uint16_t linkType)
 {
-    const QString key = QString::number(linkType) + ' ' + name;
+    const QPair<quint16, QString> key(linkType, name);
     auto found = m_links.constFind(key);
     if (found != m_links.constEnd())
         return found->get();
     const int id = m_writer.addInterface(linkType, name.toStdString());
     if (id < 0) {
-        fail(tr("cannot write %1: %2").arg(m_path, QString::fromStdString(m_writer.error())));
+        failWrite();
         return nullptr;
     }
     auto entry = std::make_shared<Link>();
@@ -156,6 +156,7 @@ void Recorder::recordBytes(const QString &name, pcapng_direction_t direction, co
         StreamSegmenter *segmenter = direction == PCAPNG_DIR_IN ? entry->in.get() : entry->out.get();
         segmenter->feed(bytesOf(bytes), size_t(bytes.size()));
     }
+    flush();
 }
 
 void Recorder::recordMessage(const QString &name, pcapng_direction_t direction, const QByteArray &message)
@@ -164,16 +165,26 @@ void Recorder::recordMessage(const QString &name, pcapng_direction_t direction, 
         return;
     if (Link *entry = link(name, PCAPNG_LINK_GATEWAY))
         writeBlock(entry->id, direction, bytesOf(message), size_t(message.size()));
+    flush();
+}
+
+// The blocks of one read go to the file in one write.
+void Recorder::flush()
+{
+    if (isRecording() && !m_writer.flush())
+        failWrite();
+}
+
+void Recorder::failWrite()
+{
+    fail(tr("cannot write %1: %2").arg(m_path, QString::fromStdString(m_writer.error())));
 }
 
 void Recorder::writeBlock(uint32_t interfaceId, pcapng_direction_t direction, const uint8_t *data, size_t len)
 {
     if (!isRecording())
         return;
-    if (!m_writer.writePacket(interfaceId, nowUs(), direction, data, len)) {
-        fail(tr("cannot write %1: %2").arg(m_path, QString::fromStdString(m_writer.error())));
-        return;
-    }
+    m_writer.writePacket(interfaceId, nowUs(), direction, data, len);
     if (m_writer.size() >= m_nextCheck)
         checkSize();
 }

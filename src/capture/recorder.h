@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QObject>
+#include <QPair>
 #include <QString>
 
 #include <memory>
@@ -16,7 +17,8 @@ class StreamSegmenter;
 // one capture file per run (format in pcapng.h): each modem link an
 // interface of its own, its bytes cut per direction into one block per
 // frame and blocks of the bytes between; each gateway message one block.
-// Blocks reach the file as they complete.
+// Blocks reach the file as they complete: those of one read in one write,
+// at the end of that read.
 //
 // The folder is kept under a size cap: at the start and for every further
 // MiB written, the oldest captures in it go until the folder fits; the file
@@ -58,12 +60,14 @@ private:
     void recordBytes(const QString &name, pcapng_direction_t direction, const QByteArray &bytes);
     void writeBlock(uint32_t interfaceId, pcapng_direction_t direction, const uint8_t *data, size_t len);
     void recordMessage(const QString &name, pcapng_direction_t direction, const QByteArray &message);
+    void flush();
     void checkSize();
     void pruneFolder();
     void fail(const QString &reason);
+    void failWrite();
 
     CaptureWriter m_writer;
-    QHash<QString, std::shared_ptr<Link>> m_links;
+    QHash<QPair<quint16, QString>, std::shared_ptr<Link>> m_links;
     QString m_folder;
     QString m_path;
     QString m_error;

@@ -32,6 +32,7 @@ bool CaptureWriter::isOpen() const
 
 void CaptureWriter::close()
 {
+    flush();
     if (m_fd >= 0)
         ::close(m_fd);
     m_fd = -1;
@@ -41,7 +42,8 @@ void CaptureWriter::close()
 
 int CaptureWriter::addInterface(uint16_t link_type, const std::string &name)
 {
-    if (!isOpen() || !writeBlock(pcapng_interface(link_type, name)))
+    // Packets already added stay in front of the new interface.
+    if (!flush() || !writeBlock(pcapng_interface(link_type, name)))
         return -1;
     return int(m_interfaces++);
 }
@@ -51,12 +53,22 @@ bool CaptureWriter::writePacket(
 {
     if (!isOpen() || interface_id >= m_interfaces)
         return false;
-    return writeBlock(pcapng_enhanced_packet(interface_id, time_us, direction, data, len));
+    pcapng_append_enhanced_packet(&m_pending, interface_id, time_us, direction, data, len);
+    return true;
+}
+
+bool CaptureWriter::flush()
+{
+    if (m_pending.empty() || !isOpen())
+        return isOpen();
+    const bool ok = writeBlock(m_pending);
+    m_pending.clear();
+    return ok;
 }
 
 uint64_t CaptureWriter::size() const
 {
-    return m_size;
+    return m_size + m_pending.size();
 }
 
 const std::string &CaptureWriter::error() const
@@ -77,6 +89,7 @@ bool CaptureWriter::writeBlock(const std::vector<uint8_t> &block)
             m_error = n < 0 ? strerror(errno) : "nothing written";
             ::close(m_fd);
             m_fd = -1;
+            m_pending.clear();
             return false;
         }
         done += size_t(n);

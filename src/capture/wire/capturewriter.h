@@ -8,10 +8,12 @@
 
 #include "pcapng.h"
 
-// Writes a capture file (layout in pcapng.h). Every block goes to the file
-// in one write as soon as it is handed over, with nothing buffered in the
-// process: a killed writer leaves a file that reads cleanly up to the last
-// block written.
+// Writes a capture file (layout in pcapng.h). The header blocks go to the
+// file at once; packets wait in the process only until flush(), which the
+// owner calls at the end of each batch it hands over (one read from a link),
+// so that a batch costs one write. A killed writer leaves a file that reads
+// cleanly up to the last block flushed: blocks are never split across
+// writes.
 class CaptureWriter
 {
 public:
@@ -30,12 +32,15 @@ public:
     // Writes an interface description; returns its id (0, 1, ... in order),
     // or -1 when the file is not open or the write fails.
     int addInterface(uint16_t link_type, const std::string &name);
-    // Writes one enhanced packet block. False when the file is not open, the
-    // interface id was never handed out, or the write fails.
+    // Adds one enhanced packet block to what flush() writes. False when the
+    // file is not open or the interface id was never handed out.
     bool writePacket(uint32_t interface_id, uint64_t time_us, pcapng_direction_t direction,
         const uint8_t *data, size_t len);
+    // Writes the packets added since the last flush. False when the file is
+    // not open or the write fails (the file is closed then).
+    bool flush();
 
-    // Bytes in the file so far.
+    // Bytes in the file so far, flushed or not.
     uint64_t size() const;
     const std::string &error() const;
 
@@ -43,6 +48,7 @@ private:
     bool writeBlock(const std::vector<uint8_t> &block);
 
     int m_fd = -1;
+    std::vector<uint8_t> m_pending;
     uint64_t m_size = 0;
     uint32_t m_interfaces = 0;
     std::string m_error;

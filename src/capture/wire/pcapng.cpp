@@ -45,28 +45,29 @@ void putEndOfOptions(std::vector<uint8_t> *out)
     put16(out, 0);
 }
 
-// Opens a block: type and a length patched by closeBlock.
-std::vector<uint8_t> openBlock(uint32_t type)
+// Opens a block at the end of out: type and a length that closeBlock
+// patches. Returns where the block starts.
+size_t openBlock(std::vector<uint8_t> *out, uint32_t type)
 {
-    std::vector<uint8_t> block;
-    put32(&block, type);
-    put32(&block, 0);
-    return block;
+    const size_t start = out->size();
+    put32(out, type);
+    put32(out, 0);
+    return start;
 }
 
-std::vector<uint8_t> closeBlock(std::vector<uint8_t> block)
+void closeBlock(std::vector<uint8_t> *out, size_t start)
 {
-    const uint32_t total = uint32_t(block.size() + 4);
+    const uint32_t total = uint32_t(out->size() - start + 4);
     for (int i = 0; i < 4; ++i)
-        block[size_t(4 + i)] = uint8_t(total >> (8 * i));
-    put32(&block, total);
-    return block;
+        (*out)[start + 4 + size_t(i)] = uint8_t(total >> (8 * i));
+    put32(out, total);
 }
 } // namespace
 
 std::vector<uint8_t> pcapng_section_header(const std::string &application)
 {
-    std::vector<uint8_t> block = openBlock(PCAPNG_SECTION_HEADER);
+    std::vector<uint8_t> block;
+    const size_t start = openBlock(&block, PCAPNG_SECTION_HEADER);
     put32(&block, PCAPNG_BYTE_ORDER_MAGIC);
     put16(&block, 1);
     put16(&block, 0);
@@ -76,35 +77,37 @@ std::vector<uint8_t> pcapng_section_header(const std::string &application)
         putTextOption(&block, PCAPNG_OPT_SHB_USERAPPL, application);
         putEndOfOptions(&block);
     }
-    return closeBlock(block);
+    closeBlock(&block, start);
+    return block;
 }
 
 std::vector<uint8_t> pcapng_interface(uint16_t link_type, const std::string &name)
 {
-    std::vector<uint8_t> block = openBlock(PCAPNG_INTERFACE);
+    std::vector<uint8_t> block;
+    const size_t start = openBlock(&block, PCAPNG_INTERFACE);
     put16(&block, link_type);
     put16(&block, 0);
     put32(&block, 0);
     putTextOption(&block, PCAPNG_OPT_IF_NAME, name);
     putEndOfOptions(&block);
-    return closeBlock(block);
+    closeBlock(&block, start);
+    return block;
 }
 
-std::vector<uint8_t> pcapng_enhanced_packet(
-    uint32_t interface_id, uint64_t time_us, pcapng_direction_t direction, const uint8_t *data, size_t len)
+void pcapng_append_enhanced_packet(std::vector<uint8_t> *out, uint32_t interface_id, uint64_t time_us,
+    pcapng_direction_t direction, const uint8_t *data, size_t len)
 {
-    std::vector<uint8_t> block = openBlock(PCAPNG_ENHANCED_PACKET);
-    block.reserve(PCAPNG_BLOCK_OVERHEAD + PCAPNG_EPB_FIXED + padded(len) + 12 + 4);
-    put32(&block, interface_id);
-    put32(&block, uint32_t(time_us >> 32));
-    put32(&block, uint32_t(time_us));
-    put32(&block, uint32_t(len));
-    put32(&block, uint32_t(len));
-    putPadded(&block, data, len);
+    const size_t start = openBlock(out, PCAPNG_ENHANCED_PACKET);
+    put32(out, interface_id);
+    put32(out, uint32_t(time_us >> 32));
+    put32(out, uint32_t(time_us));
+    put32(out, uint32_t(len));
+    put32(out, uint32_t(len));
+    putPadded(out, data, len);
     if (direction != PCAPNG_DIR_UNKNOWN) {
         uint8_t flags[4] = { uint8_t(direction), 0, 0, 0 };
-        putOption(&block, PCAPNG_OPT_EPB_FLAGS, flags, sizeof flags);
-        putEndOfOptions(&block);
+        putOption(out, PCAPNG_OPT_EPB_FLAGS, flags, sizeof flags);
+        putEndOfOptions(out);
     }
-    return closeBlock(block);
+    closeBlock(out, start);
 }

@@ -77,10 +77,11 @@ static const uint32_t PCAPNG_EPB_DIRECTION_MASK = 0x3;
 static const size_t PCAPNG_BLOCK_OVERHEAD = 12; /* type, length, trailing length */
 static const size_t PCAPNG_EPB_FIXED = 20; /* interface id .. original length */
 
-/* Whole blocks, ready to be written. */
+/* Whole blocks, ready to be written; packets are appended to a buffer that
+ * may already hold others. */
 std::vector<uint8_t> pcapng_section_header(const std::string &application);
 std::vector<uint8_t> pcapng_interface(uint16_t link_type, const std::string &name);
-std::vector<uint8_t> pcapng_enhanced_packet(
-    uint32_t interface_id, uint64_t time_us, pcapng_direction_t direction, const uint8_t *data, size_t len);
+void pcapng_append_enhanced_packet(std::vector<uint8_t> *out, uint32_t interface_id, uint64_t time_us,
+    pcapng_direction_t direction, const uint8_t *data, size_t len);
 
 #endif
