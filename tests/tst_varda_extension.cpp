@@ -87,7 +87,7 @@ private slots:
             src(DL1ABC_5, 1) + STAT, sub(VRD_EXT_TEXT, "pong") + src(OE3XYZ, 2) + STAT, src(DL1ABC_5, 3)
         } << QStringList { "src|Callsign=DL1ABC-5|Seq. nr=3", STAT_ROWS, "text|Reply=pong" };
     }
-    // The rows in the model; each new row is logged once.
+    // The rows in the model; each new row is logged once, its label as the debug stream prints a string.
     void breakdown()
     {
         QFETCH(Payloads, packets);
@@ -95,7 +95,7 @@ private slots:
         QStandardItemModel model;
         for (const QString &item : items)
             for (const QString &row : item.split('|').mid(1))
-                QTest::ignoreMessage(QtDebugMsg, qPrintable("New item " + row.section('=', 0, 0)));
+                QTest::ignoreMessage(QtDebugMsg, qPrintable("New item \"" + row.section('=', 0, 0) + '"'));
         for (const QByteArray &packet : packets)
             parsed(packet).getConvertedExtensionData(&model);
         QCOMPARE(contents(model), items);
