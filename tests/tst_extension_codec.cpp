@@ -64,11 +64,13 @@ private slots:
         QCOMPARE(int(p.pl_len), 220);
         p.pl_len = 209;
         vrd_ext_append_pkt(&p, VRD_EXT_TEXT, bytes(text), 10);
-        QVERIFY(!vrd_ext_allocate_pkt(&p, VRD_EXT_TEXT, 10) && p.pl_len == 209);
+        QVERIFY(!vrd_ext_allocate_pkt(&p, VRD_EXT_TEXT, 10));
+        QVERIFY(p.pl_len == 209);
         uint16_t used = 0;
         vrd_ext_append_buffer(p.pl, &used, 12, VRD_EXT_DATA, bytes(text), 10);
         vrd_ext_append_buffer(p.pl, &used, 14, VRD_EXT_DATA, bytes(text), 1);
-        QVERIFY(vrd_ext_allocate_buffer(p.pl, &used, 400, VRD_EXT_DATA, 300) == p.pl + 14 && used == 314);
+        QVERIFY(vrd_ext_allocate_buffer(p.pl, &used, 400, VRD_EXT_DATA, 300) == p.pl + 14);
+        QCOMPARE(used, uint16_t(314));
         // The size byte of the 300-byte one holds the low 8 bits.
         QCOMPARE(QByteArray(reinterpret_cast<const char *>(p.pl), VRD_PKT_BUFFER),
             sub(VRD_EXT_DATA, text) + QByteArray("\0\x2c", 2) + room.mid(14, 194) + sub(VRD_EXT_TEXT, text)

@@ -51,7 +51,8 @@ private slots:
         QFETCH(int, lost);
         Modem modem { Modem::Link(link) };
         WindowDriver driver;
-        QVERIFY(modem.open() && driver.connectTo(&modem));
+        QVERIFY(modem.open());
+        QVERIFY(driver.connectTo(&modem));
         const QByteArray before = numbered(0, 2) + numbered(2).left(cut);
         modem.send(before.left(30)); // F01 split
         modem.send(before.mid(30));
@@ -73,7 +74,8 @@ private slots:
             QVERIFY(link == Modem::Tcp || !driver.window.findChild<QSerialPort *>()->isOpen());
         }
 
-        QVERIFY(modem.open() && driver.connectTo(&modem));
+        QVERIFY(modem.open());
+        QVERIFY(driver.connectTo(&modem));
         modem.send(numbered(3, 14));
         QTRY_COMPARE_WITH_TIMEOUT(driver.cell("packetTable", 0, 0), QStringLiteral("F16"), LINK_WAIT_MS);
         QStringList logged, expected;

@@ -78,7 +78,9 @@ private slots:
     {
         Modem peer(Modem::Udp), second(Modem::Udp);
         WindowDriver driver;
-        QVERIFY(peer.open() && second.open() && driver.connectTo(&peer));
+        QVERIFY(peer.open());
+        QVERIFY(second.open());
+        QVERIFY(driver.connectTo(&peer));
         peer.send(rxFrame(140, 1, src("BRAVO-2", 1)));
         QTRY_COMPARE(driver.rows("packetTable"), 1);
         QVERIFY(showsIcon(driver, BLUE));
@@ -101,7 +103,8 @@ private slots:
         QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Port NOT opened: "));
         driver.pressConnect();
         QCOMPARE(driver.connectText(), QStringLiteral("Connect"));
-        QVERIFY(modem.open() && driver.connectTo(&modem));
+        QVERIFY(modem.open());
+        QVERIFY(driver.connectTo(&modem));
         const auto *port = driver.window.findChild<QSerialPort *>();
         QCOMPARE(port->baudRate(), 38400);
         driver.choose("linkTypeCombo", "TCP");

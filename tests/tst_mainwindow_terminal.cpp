@@ -28,7 +28,8 @@ private slots:
     {
         m_modem.reset(new Modem);
         m_driver.reset(new WindowDriver);
-        QVERIFY(m_modem->open() && m_driver->connectTo(m_modem.get()));
+        QVERIFY(m_modem->open());
+        QVERIFY(m_driver->connectTo(m_modem.get()));
     }
 
     void commands()
@@ -105,9 +106,11 @@ private slots:
         QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier, cell);
         auto *tree = m_driver->find<QTreeView>("stationTreeView");
         const auto *properties = qobject_cast<const QStandardItemModel *>(tree->model());
-        QVERIFY(properties && properties->findItems("stat").size() == 1);
+        QVERIFY(properties);
+        QCOMPARE(properties->findItems("stat").size(), 1);
         const QList<QStandardItem *> source = properties->findItems("src");
-        QVERIFY(source.size() == 1 && tree->isExpanded(source.at(0)->index()));
+        QCOMPARE(source.size(), 1);
+        QVERIFY(tree->isExpanded(source.at(0)->index()));
     }
 
     // The terminal keeps its last 1,000 lines; the oldest go first.

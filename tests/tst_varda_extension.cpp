@@ -61,8 +61,9 @@ private slots:
         ext = parsed(sub(VRD_EXT_TEXT, "x") + sub(20, "y"),
             parsed(src(N0CALL_12, 2) + sub(VRD_EXT_TEXT, "h\xe9"), ext));
         QCOMPARE(ext.getExtensionTypeStrings(), (QStringList { "data", "src", "text" }));
-        QVERIFY(ext.hasExtensionType(VRD_EXT_TEXT) && !ext.hasExtensionType(VRD_EXT_STAT)
-            && !ext.hasExtensionType(20));
+        QVERIFY(ext.hasExtensionType(VRD_EXT_TEXT));
+        QVERIFY(!ext.hasExtensionType(VRD_EXT_STAT));
+        QVERIFY(!ext.hasExtensionType(20));
         QCOMPARE(ext.getSource(), QString("N0CALL-12"));
         QCOMPARE(ext.getData(), QByteArray("\0\xff", 2));
         QCOMPARE(ext.getExtensionCmdReply(), QString::fromUtf8("h\xc3\xa9"));
