@@ -240,7 +240,7 @@ void MainWindow::openSerial()
     m_serial->setPortName(serialPortCombo->currentText());
     m_serial->setBaudRate(serialBaudText->text().toInt());
     if (!m_serial->open(QIODevice::ReadWrite)) {
-        qDebug().noquote() << "Port NOT opened:" << m_serial->errorString();
+        qDebug() << "Port NOT opened:" << m_serial->errorString();
         return;
     }
     connect(m_serial, &QSerialPort::readyRead, this, &MainWindow::readSerialData);
@@ -261,11 +261,11 @@ bool MainWindow::resolvePeer()
     }
     const QHostInfo info = QHostInfo::fromName(host);
     if (info.error() != QHostInfo::NoError || info.addresses().isEmpty()) {
-        qDebug().noquote() << "DNS lookup failed:" << info.errorString();
+        qDebug() << "DNS lookup failed:" << info.errorString();
         return false;
     }
     m_ip_address = info.addresses().constFirst();
-    qDebug().noquote() << "DNS lookup success:" << m_ip_address.toString();
+    qDebug() << "DNS lookup success:" << m_ip_address.toString();
     return true;
 }
 
@@ -315,7 +315,7 @@ void MainWindow::serialPortError(QSerialPort::SerialPortError error)
         return;
     if (m_active_connection != SERIAL || !m_serial->isOpen())
         return;
-    qWarning().noquote() << "Serial port lost:" << m_serial->errorString();
+    qWarning() << "Serial port lost:" << m_serial->errorString();
     closeConnection();
     statusBar()->showMessage(tr("Serial port lost!"));
 }
@@ -569,7 +569,7 @@ void MainWindow::terminalStationChanged(int index)
     if (callsign == m_active_station)
         return;
     setActiveStation(callsign);
-    qDebug().noquote() << "Select finished. Active station" << callsign;
+    qDebug() << "Select finished. Active station" << callsign;
 }
 
 // A typed destination need not be in the list; it is upper-cased.
@@ -580,7 +580,7 @@ void MainWindow::terminalStationChanged()
         return;
     setActiveStation(callsign);
     ui->terminalSelectActive->setEditText(callsign);
-    qDebug().noquote() << "Edit finished. Active station" << callsign;
+    qDebug() << "Edit finished. Active station" << callsign;
 }
 
 void MainWindow::selectStationTree(const QModelIndex &index)

@@ -77,7 +77,7 @@ private slots:
                 + room.mid(220));
     }
 
-    // Encoded (hex) or refused (empty), then decoded within the 11 bytes the caller provides.
+    // Encoded (hex) or refused (empty: nothing packed), then decoded within the 11 bytes the caller provides.
     void callsigns_data()
     {
         QTest::addColumn<QString>("text"); // null: decoding only
@@ -90,6 +90,7 @@ private slots:
         QTest::newRow("two digit SSID") << "AB-12" << "86200000000C" << "AB-12";
         QTest::newRow("SSID above 63") << "AB-99" << "862000000023" << "AB-35";
         QTest::newRow("third digit not read") << "AB-123" << "86200000000C" << "AB-12";
+        QTest::newRow("dash alone") << "AB-" << "" << "";
         QTest::newRow("letter SSID") << "AB-x" << "" << "";
         QTest::newRow("digit then letter") << "AB-7x" << "" << "";
         QTest::newRow("all ones: longest text") << QString() << "FFFFFFFFFFFF" << "_______-63";
@@ -104,10 +105,12 @@ private slots:
         const QByteArray enc = QByteArray::fromHex(encoded.toLatin1());
         if (!text.isNull()) {
             uint8_t out[VRD_CALLSIGN_ENC_LEN];
+            memset(out, 0xAA, sizeof out);
             QCOMPARE(vrd_ext_encode_callsign(out, text.toLatin1().constData()), !enc.isEmpty());
+            const QByteArray packed(reinterpret_cast<const char *>(out), sizeof out);
+            QCOMPARE(packed, enc.isEmpty() ? QByteArray(sizeof out, '\xAA') : enc);
             if (enc.isEmpty())
                 return;
-            QCOMPARE(QByteArray(reinterpret_cast<const char *>(out), sizeof out), enc);
         }
         char back[VRD_CALLSIGN_TEXT_LEN + 4];
         memset(back, 0x7F, sizeof back);

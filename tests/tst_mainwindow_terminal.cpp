@@ -77,7 +77,7 @@ private slots:
         auto *destination = m_driver->find<QComboBox>("terminalSelectActive");
         m_modem->send(replyFrame("old"));
         QTRY_COMPARE(m_driver->terminalOutput(), QStringLiteral("old"));
-        QTest::ignoreMessage(QtDebugMsg, "Edit finished. Active station BRAVO-2");
+        QTest::ignoreMessage(QtDebugMsg, "Edit finished. Active station \"BRAVO-2\"");
         m_driver->setField("terminalSelectActive", "bravo-2");
         QCOMPARE(destination->currentText(), QStringLiteral("BRAVO-2"));
         QVERIFY(m_driver->terminalOutput().isEmpty());
@@ -89,7 +89,7 @@ private slots:
         QCOMPARE(m_driver->terminalOutput(), QStringLiteral("kept"));
         QCOMPARE(destination->count(), 2);
         destination->setFocus();
-        QTest::ignoreMessage(QtDebugMsg, "Select finished. Active station ALPHA-1");
+        QTest::ignoreMessage(QtDebugMsg, "Select finished. Active station \"ALPHA-1\"");
         QTest::keyClick(destination, Qt::Key_Up);
         QCOMPARE(destination->currentText(), QStringLiteral("ALPHA-1"));
         QVERIFY(m_driver->terminalOutput().isEmpty());

@@ -116,11 +116,11 @@ private slots:
         VardaExtension out;
         out.addData(QByteArray(300, 'd')); // the size byte keeps the low 8 bits
         out.addSource("dl1abc-5", 42);
-        out.addDestination("OE3XYZ-x"); // a bad SSID still sends the callsign, with SSID 0
+        out.addDestination("OE3XYZ-x"); // a bad SSID packs nothing: six zero bytes
         out.addCommand("ver");
         QCOMPARE(out.getPacket(),
-            QByteArray("\x00\x2c", 2) + QByteArray(300, 'd') + src(DL1ABC_5, 42) + sub(VRD_EXT_DEST, OE3XYZ)
-                + sub(VRD_EXT_CMD_REQ, "ver"));
+            QByteArray("\x00\x2c", 2) + QByteArray(300, 'd') + src(DL1ABC_5, 42)
+                + sub(VRD_EXT_DEST, QByteArray(6, '\0')) + sub(VRD_EXT_CMD_REQ, "ver"));
         const QString command(203, 'v');
         QCOMPARE(VardaExtension::packCommand("N0CALL-12", "DL1ABC-5", command),
             src(DL1ABC_5, 123) + sub(VRD_EXT_DEST, N0CALL_12) + sub(VRD_EXT_CMD_REQ, command.toLatin1()));

@@ -35,8 +35,8 @@ QString decodeCallsign(const QByteArray &data)
 QByteArray encodeCallsign(const QString &call)
 {
     QByteArray enc(VRD_CALLSIGN_ENC_LEN, '\0');
-    // A malformed SSID still leaves the callsign itself encoded; senders
-    // get what they typed minus the SSID.
+    // A malformed SSID packs nothing: the callsign goes out as six zero
+    // bytes, which decode to an empty text.
     vrd_ext_encode_callsign(reinterpret_cast<uint8_t *>(enc.data()), call.toLatin1().constData());
     return enc;
 }
