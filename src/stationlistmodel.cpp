@@ -59,11 +59,6 @@ quint32 Station::getAge() const
     return quint32(m_last_activity.secsTo(QDateTime::currentDateTime()));
 }
 
-int Station::getRssi() const
-{
-    return m_rssi;
-}
-
 void Station::update(const QDateTime &time, const VardaExtension &ext, const QStringList &paths)
 {
     m_last_activity = time;

@@ -27,7 +27,7 @@ const auto fromRlhb1 = [](const QByteArray &payload) {
     return rx(1, bytes("01 07") + RLHB1 + char(0x2A) + bytes("00") + char(payload.size()) + payload);
 };
 
-class TestGlider : public QObject
+class tst_Glider : public QObject
 {
     Q_OBJECT
     inline static QStringList s_debug;
@@ -317,5 +317,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestGlider)
+QTEST_MAIN(tst_Glider)
 #include "tst_glider.moc"

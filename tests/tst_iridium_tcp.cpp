@@ -17,7 +17,7 @@ static Bytes message(const char *typeHex, const Bytes &content)
     return char(content.size() + 4) + Bytes(3, '\0') + Bytes::fromHex(typeHex) + content;
 }
 
-class TstIridiumTcp : public QObject
+class tst_IridiumTcp : public QObject
 {
     Q_OBJECT
 private slots:
@@ -89,5 +89,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstIridiumTcp)
+QTEST_MAIN(tst_IridiumTcp)
 #include "tst_iridium_tcp.moc"

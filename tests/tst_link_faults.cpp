@@ -23,7 +23,7 @@ QByteArray numbered(int first, int count = 1)
 
 } // namespace
 
-class TestLinkFaults : public QObject
+class tst_LinkFaults : public QObject
 {
     Q_OBJECT
 
@@ -94,5 +94,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestLinkFaults)
+QTEST_MAIN(tst_LinkFaults)
 #include "tst_link_faults.moc"

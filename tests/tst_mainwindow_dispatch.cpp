@@ -15,7 +15,7 @@ static void send(WindowDriver &driver, const QByteArrayList &frames)
 }
 
 // Packets from the framing host, as the log, the station list, the local callsign and the terminal show them.
-class TestMainWindowDispatch : public QObject
+class tst_MainWindowDispatch : public QObject
 {
     Q_OBJECT
 
@@ -128,5 +128,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestMainWindowDispatch)
+QTEST_MAIN(tst_MainWindowDispatch)
 #include "tst_mainwindow_dispatch.moc"

@@ -24,7 +24,7 @@ bool showsIcon(const WindowDriver &driver, const char *resource)
 
 } // namespace
 
-class TestMainWindowLinks : public QObject
+class tst_MainWindowLinks : public QObject
 {
     Q_OBJECT
 
@@ -112,5 +112,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestMainWindowLinks)
+QTEST_MAIN(tst_MainWindowLinks)
 #include "tst_mainwindow_links.moc"

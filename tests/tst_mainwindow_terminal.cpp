@@ -19,7 +19,7 @@ QByteArray extCommand(const QString &source, uint8_t seq, const QString &destina
 } // namespace
 
 // Commands typed in the terminal as a modem on TCP receives them, and the destination station.
-class TestMainWindowTerminal : public QObject
+class tst_MainWindowTerminal : public QObject
 {
     Q_OBJECT
 
@@ -138,5 +138,5 @@ private:
     std::unique_ptr<WindowDriver> m_driver;
 };
 
-QTEST_MAIN(TestMainWindowTerminal)
+QTEST_MAIN(tst_MainWindowTerminal)
 #include "tst_mainwindow_terminal.moc"

@@ -3,7 +3,7 @@
 #include "varda_spp_payload.h"
 
 // The header fields and radio bytes of delivered SPP payloads, as every receiver of the modem link sees them.
-class TestSppPayload : public QObject
+class tst_SppPayload : public QObject
 {
     Q_OBJECT
 
@@ -99,5 +99,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(TestSppPayload)
+QTEST_APPLESS_MAIN(tst_SppPayload)
 #include "tst_spp_payload.moc"
