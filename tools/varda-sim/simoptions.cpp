@@ -1,21 +1,21 @@
 #include "simoptions.h"
 
-#include <QCommandLineParser>
+#include "commandline.h"
 
 namespace
 {
-const QCommandLineOption Bind("bind", "Address to listen on (default 127.0.0.1).", "address", "127.0.0.1");
-const QCommandLineOption ModemPort(
-    "modem-port", "TCP and UDP port of the modem (default 10004).", "port", "10004");
-const QCommandLineOption GatewayPort(
-    "gateway-port", "TCP port of the Iridium gateway (default 10020).", "port", "10020");
-const QCommandLineOption Rate(
-    "rate", "Traffic rate relative to normal, 0.1 to 100 (default 1).", "factor", "1");
-const QCommandLineOption Seed("seed", "Seed of the random values, for repeatable runs.", "number");
-const QCommandLineOption Roles("roles",
-    "Roles to play, comma separated: modem, glider, gateway (default all).", "list", "modem,glider,gateway");
-const QCommandLineOption Stations("stations", "Number of remote stations, 0 to 8 (default 4).", "count", "4");
-const QCommandLineOption Pty("pty", "Also serve the modem on a pseudo-terminal; its name is logged.");
+// The defaults are added to the help text by CommandLine.
+const QCommandLineOption Bind("bind", "Address to listen on.", "address", "127.0.0.1");
+const QCommandLineOption ModemPort("modem-port", "TCP and UDP port of the modem.", "port", "10004");
+const QCommandLineOption GatewayPort("gateway-port", "TCP port of the Iridium gateway.", "port", "10020");
+const QCommandLineOption Rate("rate", "Traffic rate relative to normal, 0.1 to 100.", "factor", "1");
+const QCommandLineOption Seed(
+    "seed", "Seed of the random values, for repeatable runs (default: a new one each run).", "number");
+const QCommandLineOption Roles(
+    "roles", "Roles to play, comma separated: modem, glider, gateway.", "list", "modem,glider,gateway");
+const QCommandLineOption Stations("stations", "Number of remote stations, 0 to 8.", "count", "4");
+const QCommandLineOption Pty(
+    "pty", "Also serve the modem on a pseudo-terminal; its name is logged (default: off).");
 
 bool readPort(const QString &text, quint16 *port)
 {
@@ -44,26 +44,26 @@ bool readRoles(const QString &text, SimOptions *options)
     return options->modem || options->gateway;
 }
 
-bool readNumbers(const QCommandLineParser &parser, SimOptions *options, QString *error)
+bool readNumbers(const CommandLine &cli, SimOptions *options, QString *error)
 {
-    if (!readPort(parser.value(ModemPort), &options->modemPort)
-        || !readPort(parser.value(GatewayPort), &options->gatewayPort)) {
+    if (!readPort(cli.value(ModemPort), &options->modemPort)
+        || !readPort(cli.value(GatewayPort), &options->gatewayPort)) {
         *error = "ports are numbers from 1 to 65535";
         return false;
     }
     bool ok = false;
-    options->rate = parser.value(Rate).toDouble(&ok);
+    options->rate = cli.value(Rate).toDouble(&ok);
     if (!ok || options->rate < 0.1 || options->rate > 100) {
         *error = "the rate is a number from 0.1 to 100";
         return false;
     }
-    options->stations = parser.value(Stations).toInt(&ok);
+    options->stations = cli.value(Stations).toInt(&ok);
     if (!ok || options->stations < 0 || options->stations > 8) {
         *error = "the number of stations is 0 to 8";
         return false;
     }
-    options->seedGiven = parser.isSet(Seed);
-    options->seed = parser.value(Seed).toUInt(&ok);
+    options->seedGiven = cli.isSet(Seed);
+    options->seed = cli.value(Seed).toUInt(&ok);
     if (options->seedGiven && !ok) {
         *error = "the seed is an unsigned number";
         return false;
@@ -72,27 +72,25 @@ bool readNumbers(const QCommandLineParser &parser, SimOptions *options, QString 
 }
 }
 
-bool SimOptions::parse(const QStringList &arguments, SimOptions *options, QString *error)
+void SimOptions::declare(CommandLine *cli)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Plays a Varda radio modem with stations on the air, a glider behind its radio modem and an "
-        "Iridium gateway, on this machine.");
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.addOptions({ Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty });
-    parser.process(arguments);
+    for (const QCommandLineOption &option :
+        { Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty })
+        cli->addOption(option);
+}
 
-    if (!options->bind.setAddress(parser.value(Bind))) {
-        *error = "not an address: " + parser.value(Bind);
+bool SimOptions::read(const CommandLine &cli, SimOptions *options, QString *error)
+{
+    if (!options->bind.setAddress(cli.value(Bind))) {
+        *error = "not an address: " + cli.value(Bind);
         return false;
     }
-    if (!readNumbers(parser, options, error))
+    if (!readNumbers(cli, options, error))
         return false;
-    if (!readRoles(parser.value(Roles), options)) {
+    if (!readRoles(cli.value(Roles), options)) {
         *error = "roles are modem, glider and gateway; at least modem or gateway";
         return false;
     }
-    options->pty = parser.isSet(Pty);
+    options->pty = cli.isSet(Pty);
     return true;
 }
