@@ -48,8 +48,11 @@ private slots:
         QTest::addColumn<QString>("out"); // standard output contains this
         QTest::addColumn<QString>("err"); // the one line on standard error contains this; empty: no line
 
-        const QList<QPair<QString, QString>> programs = { { VARDA_TOOLBOX_PATH, "varda-toolbox" },
+        QList<QPair<QString, QString>> programs = { { VARDA_TOOLBOX_PATH, "varda-toolbox" },
             { GLIDER_STATION_PATH, "glider-station" }, { VARDA_SIM_PATH, "varda-sim" } };
+#ifdef VARDA_DECODE_PATH
+        programs.append({ VARDA_DECODE_PATH, "varda-decode" });
+#endif
         for (const auto &[path, name] : programs) {
             const auto row = [&](const char *what, const QStringList &args, int exitCode, const QString &out,
                                  const QString &err) {
@@ -60,7 +63,8 @@ private slots:
             row("short help", { "-h" }, 0, "--version", "");
             row("version", { "--version" }, 0, name + ' ' + Version + '\n', "");
             row("unknown option", { "--frobnicate" }, 2, "", name + ": Unknown option 'frobnicate'");
-            row("stray argument", { "extra" }, 2, "", name + ": unexpected argument 'extra'");
+            if (name != "varda-decode") // takes files
+                row("stray argument", { "extra" }, 2, "", name + ": unexpected argument 'extra'");
         }
         const QString sim = VARDA_SIM_PATH;
         const auto simRow = [&](const char *what, const QStringList &args, int exitCode, const QString &out,

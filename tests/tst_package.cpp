@@ -15,7 +15,7 @@ namespace
 {
 const QString Version = VARDA_VERSION;
 const QString Root = VARDA_PACKAGE_ROOT; // where the package is unpacked; VARDA_SIM_PATH lies inside
-const QStringList Programs = { "varda-toolbox", "glider-station", "varda-sim" };
+const QStringList Programs = QString(VARDA_PROGRAMS).split(',');
 const QStringList WindowPrograms = { "varda-toolbox", "glider-station" };
 
 struct Output {
@@ -107,6 +107,23 @@ private slots:
             ++count;
         }
         QVERIFY(count >= 24);
+    }
+
+    // Where tshark and Wireshark load Lua dissectors from for every user.
+    void dissectorWhereWiresharkLooks()
+    {
+#ifdef VARDA_DISSECTOR
+        const Output folders = runTool("tshark", { "-G", "folders" });
+        QCOMPARE(folders.exitCode, 0);
+        const QString global
+            = QRegularExpression("^Global Lua Plugins:\\s*(\\S+)$", QRegularExpression::MultilineOption)
+                  .match(folders.text)
+                  .captured(1);
+        QVERIFY2(!global.isEmpty(), qPrintable(folders.text));
+        QVERIFY(QFileInfo(Root + global + "/" VARDA_DISSECTOR).isFile());
+#else
+        QSKIP("no dissector in this tree");
+#endif
     }
 
     void lintianFindsNoErrors()
