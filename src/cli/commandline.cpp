@@ -32,7 +32,7 @@ CommandLine::CommandLine(const QString &name, const QString &description)
 void CommandLine::addOption(QCommandLineOption option)
 {
     const QStringList defaults = option.defaultValues();
-    if (!defaults.isEmpty()) {
+    if (!defaults.isEmpty() && !option.description().contains("default", Qt::CaseInsensitive)) {
         QString text = option.description();
         const bool sentence = text.endsWith('.');
         if (sentence)
@@ -124,6 +124,11 @@ QString CommandLine::value(const QCommandLineOption &option) const
 QStringList CommandLine::values(const QCommandLineOption &option) const
 {
     return m_parser.values(option);
+}
+
+QCommandLineParser &CommandLine::parser()
+{
+    return m_parser;
 }
 
 QStringList CommandLine::positionalArguments() const

@@ -30,7 +30,8 @@ public:
     // Sets the application's name and version as well.
     CommandLine(const QString &name, const QString &description);
 
-    // An option's default values, if any, are added to its description.
+    // An option's default values, if any, are added to its description
+    // unless it speaks of its default itself.
     void addOption(QCommandLineOption option);
     void addPositionalArgument(const QString &name, const QString &description, const QString &syntax = {});
     // Lets a window program take the toolkit's own options (-platform,
@@ -48,6 +49,9 @@ public:
     QString value(const QCommandLineOption &option) const;
     QStringList values(const QCommandLineOption &option) const;
     QStringList positionalArguments() const;
+    // For groups of options that add themselves to a parser and read it
+    // back; add them before parse().
+    QCommandLineParser &parser();
 
     // Writes "<name>: <message> (see --help)" as one line on standard error
     // and returns UsageError, for values the program itself finds wrong.

@@ -4,18 +4,19 @@
 
 namespace
 {
-// The defaults are added to the help text by CommandLine.
-const QCommandLineOption Bind("bind", "Address to listen on.", "address", "127.0.0.1");
-const QCommandLineOption ModemPort("modem-port", "TCP and UDP port of the modem.", "port", "10004");
-const QCommandLineOption GatewayPort("gateway-port", "TCP port of the Iridium gateway.", "port", "10020");
-const QCommandLineOption Rate("rate", "Traffic rate relative to normal, 0.1 to 100.", "factor", "1");
+const QCommandLineOption Bind("bind", "Address to listen on (default 127.0.0.1).", "address", "127.0.0.1");
+const QCommandLineOption ModemPort(
+    "modem-port", "TCP and UDP port of the modem (default 10004).", "port", "10004");
+const QCommandLineOption GatewayPort(
+    "gateway-port", "TCP port of the Iridium gateway (default 10020).", "port", "10020");
+const QCommandLineOption Rate(
+    "rate", "Traffic rate relative to normal, 0.1 to 100 (default 1).", "factor", "1");
 const QCommandLineOption Seed(
-    "seed", "Seed of the random values, for repeatable runs (default: a new one each run).", "number");
-const QCommandLineOption Roles(
-    "roles", "Roles to play, comma separated: modem, glider, gateway.", "list", "modem,glider,gateway");
-const QCommandLineOption Stations("stations", "Number of remote stations, 0 to 8.", "count", "4");
-const QCommandLineOption Pty(
-    "pty", "Also serve the modem on a pseudo-terminal; its name is logged (default: off).");
+    "seed", "Seed of the random values, for repeatable runs (default a new one each run).", "number");
+const QCommandLineOption Roles("roles",
+    "Roles to play, comma separated: modem, glider, gateway (default all).", "list", "modem,glider,gateway");
+const QCommandLineOption Stations("stations", "Number of remote stations, 0 to 8 (default 4).", "count", "4");
+const QCommandLineOption Pty("pty", "Also serve the modem on a pseudo-terminal; its name is logged.");
 
 bool readPort(const QString &text, quint16 *port)
 {
@@ -44,26 +45,26 @@ bool readRoles(const QString &text, SimOptions *options)
     return options->modem || options->gateway;
 }
 
-bool readNumbers(const CommandLine &cli, SimOptions *options, QString *error)
+bool readNumbers(const CommandLine &parser, SimOptions *options, QString *error)
 {
-    if (!readPort(cli.value(ModemPort), &options->modemPort)
-        || !readPort(cli.value(GatewayPort), &options->gatewayPort)) {
+    if (!readPort(parser.value(ModemPort), &options->modemPort)
+        || !readPort(parser.value(GatewayPort), &options->gatewayPort)) {
         *error = "ports are numbers from 1 to 65535";
         return false;
     }
     bool ok = false;
-    options->rate = cli.value(Rate).toDouble(&ok);
+    options->rate = parser.value(Rate).toDouble(&ok);
     if (!ok || options->rate < 0.1 || options->rate > 100) {
         *error = "the rate is a number from 0.1 to 100";
         return false;
     }
-    options->stations = cli.value(Stations).toInt(&ok);
+    options->stations = parser.value(Stations).toInt(&ok);
     if (!ok || options->stations < 0 || options->stations > 8) {
         *error = "the number of stations is 0 to 8";
         return false;
     }
-    options->seedGiven = cli.isSet(Seed);
-    options->seed = cli.value(Seed).toUInt(&ok);
+    options->seedGiven = parser.isSet(Seed);
+    options->seed = parser.value(Seed).toUInt(&ok);
     if (options->seedGiven && !ok) {
         *error = "the seed is an unsigned number";
         return false;
@@ -79,18 +80,18 @@ void SimOptions::declare(CommandLine *cli)
         cli->addOption(option);
 }
 
-bool SimOptions::read(const CommandLine &cli, SimOptions *options, QString *error)
+bool SimOptions::read(const CommandLine &parser, SimOptions *options, QString *error)
 {
-    if (!options->bind.setAddress(cli.value(Bind))) {
-        *error = "not an address: " + cli.value(Bind);
+    if (!options->bind.setAddress(parser.value(Bind))) {
+        *error = "not an address: " + parser.value(Bind);
         return false;
     }
-    if (!readNumbers(cli, options, error))
+    if (!readNumbers(parser, options, error))
         return false;
-    if (!readRoles(cli.value(Roles), options)) {
+    if (!readRoles(parser.value(Roles), options)) {
         *error = "roles are modem, glider and gateway; at least modem or gateway";
         return false;
     }
-    options->pty = cli.isSet(Pty);
+    options->pty = parser.isSet(Pty);
     return true;
 }
