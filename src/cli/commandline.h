@@ -50,7 +50,8 @@ public:
     QStringList values(const QCommandLineOption &option) const;
     QStringList positionalArguments() const;
     // For groups of options that add themselves to a parser and read it
-    // back; add them before parse().
+    // back; add them before parse(). Positional arguments go through
+    // addPositionalArgument() all the same, or they are refused as stray.
     QCommandLineParser &parser();
 
     // Writes "<name>: <message> (see --help)" as one line on standard error
