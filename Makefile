@@ -10,7 +10,7 @@ SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
 	LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp \
 	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
-.PHONY: all deps configure build run run-glider test test-plain test-asan clean
+.PHONY: all deps configure build run run-glider package test test-plain test-asan clean
 
 all: build
 
@@ -32,6 +32,11 @@ run: configure
 run-glider: configure
 	@cmake --build $(BUILD) -j $(JOBS) --target glider-station varda-sim
 	@tools/run-with-sim $(BUILD) $(BUILD)/tools/glider-station/glider-station
+
+# The Debian package $(BUILD)/varda-toolbox_<version>-1_<arch>.deb, made by
+# CPack from what the build made.
+package: build
+	@cmake --build $(BUILD) --target package
 
 # The whole suite, then all of it again under the sanitizers.
 test: test-plain test-asan
