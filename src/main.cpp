@@ -1,8 +1,7 @@
 #include <QApplication>
-#include <QCommandLineParser>
 
-#include <stdio.h>
-
+#include "commandline.h"
+#include "desktopidentity.h"
 #include "mainwindow.h"
 #include "recordingoptions.h"
 #include "recordingsession.h"
@@ -10,18 +9,22 @@
 
 int main(int argc, char *argv[])
 {
-    QApplication app(argc, argv);
-    app.setApplicationName("varda-toolbox"); // names the data folder of the captures
-    app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
-    QCommandLineParser parser;
+    CommandLine cli("varda-toolbox",
+        "Operator's tool for a Varda packet-radio network: connects to the local Varda radio modem over a "
+        "serial port, TCP or UDP, lists the stations heard and every packet, and sends modem and station "
+        "commands from its terminal.");
+    cli.acceptToolkitOptions();
     RecordingOptions recording;
-    recording.addTo(&parser);
-    parser.process(app);
+    recording.addTo(&cli.parser());
+    if (!cli.parse(argc, argv))
+        return cli.exitCode();
     QString error;
-    if (!recording.read(parser, &error)) {
-        fprintf(stderr, "%s: %s\n", argv[0], qPrintable(error));
-        return 2;
-    }
+    if (!recording.read(cli.parser(), &error))
+        return cli.refuse(error);
+
+    QApplication app(argc, argv);
+    setDesktopIdentity("varda-toolbox");
+    app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
     MainWindow window;
     RecordingSession session(recording, &window);
     window.show();

@@ -1,8 +1,7 @@
 #include <QApplication>
-#include <QCommandLineParser>
 
-#include <stdio.h>
-
+#include "commandline.h"
+#include "desktopidentity.h"
 #include "gatewaysettings.h"
 #include "gliderstation.h"
 #include "recordingoptions.h"
@@ -11,18 +10,21 @@
 
 int main(int argc, char *argv[])
 {
-    QApplication app(argc, argv);
-    app.setApplicationName("varda-toolbox"); // the captures share the radio tool's folder
-    app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
-    QCommandLineParser parser;
+    CommandLine cli("glider-station",
+        "Vehicle station for an ocean glider: the Varda radio tool, the glider panel (telemetry, log files "
+        "and the command queue) and the Iridium gateway client in one window.");
+    cli.acceptToolkitOptions();
     RecordingOptions recording;
-    recording.addTo(&parser);
-    parser.process(app);
+    recording.addTo(&cli.parser());
+    if (!cli.parse(argc, argv))
+        return cli.exitCode();
     QString error;
-    if (!recording.read(parser, &error)) {
-        fprintf(stderr, "%s: %s\n", argv[0], qPrintable(error));
-        return 2;
-    }
+    if (!recording.read(cli.parser(), &error))
+        return cli.refuse(error);
+
+    QApplication app(argc, argv);
+    setDesktopIdentity("glider-station");
+    app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
     GliderStation window;
     RecordingSession session(recording, window.radio());
     session.watchGateway(window.gateway()->client());

@@ -1,10 +1,10 @@
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
 
 #include <stdio.h>
 
 #include "captureprinter.h"
+#include "commandline.h"
 #include "linkspec.h"
 #include "livedecoder.h"
 #include "quitonsignal.h"
@@ -12,19 +12,12 @@
 namespace
 {
 const int ExitDamaged = 2;
-const int ExitUsage = 2;
 const int ExitLinkFailed = 1;
 
 const QCommandLineOption Format("format", "Output: jsonl (default) or csv.", "format", "jsonl");
 const QCommandLineOption Link("link",
     "Decode a live modem link until interrupted: tcp:HOST:PORT, udp:HOST:PORT or serial:DEVICE[@BAUD].",
     "spec");
-
-int usage(const QString &message)
-{
-    fprintf(stderr, "varda-decode: %s (see --help)\n", qPrintable(message));
-    return ExitUsage;
-}
 
 int decodeFiles(const QStringList &files, CapturePrinter *printer)
 {
@@ -60,40 +53,31 @@ int decodeLink(QCoreApplication *app, const LinkSpec &spec, CapturePrinter *prin
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
-    app.setApplicationName("varda-decode");
-    app.setApplicationVersion(QStringLiteral(VARDA_VERSION));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Prints the blocks of capture files, or of a live modem link, one line each.");
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
-    parser.addOptions({ Format, Link });
-    parser.addPositionalArgument("files", "Capture files (pcapng) to decode, in order.", "[FILE...]");
-    if (!parser.parse(app.arguments()))
-        return usage(parser.errorText());
-    if (parser.isSet(help))
-        parser.showHelp(0);
-    if (parser.isSet(version))
-        parser.showVersion();
-
-    const QString format = parser.value(Format);
+    CommandLine cli(
+        "varda-decode", "Prints the blocks of capture files, or of a live modem link, one line each.");
+    cli.addOption(Format);
+    cli.addOption(Link);
+    cli.addPositionalArgument("files", "Capture files (pcapng) to decode, in order.", "[FILE...]");
+    if (!cli.parse(argc, argv))
+        return cli.exitCode();
+    const QString format = cli.value(Format);
     if (format != QLatin1String("jsonl") && format != QLatin1String("csv"))
-        return usage("the format is jsonl or csv");
+        return cli.refuse("the format is jsonl or csv");
+    const QStringList files = cli.positionalArguments();
+    LinkSpec spec;
+    QString error;
+    if (cli.isSet(Link) && !files.isEmpty())
+        return cli.refuse("either --link or files, not both");
+    if (cli.isSet(Link) && !LinkSpec::parse(cli.value(Link), &spec, &error))
+        return cli.refuse(error);
+    if (!cli.isSet(Link) && files.isEmpty())
+        return cli.refuse("no capture file given");
+
     CapturePrinter printer(
         format == QLatin1String("csv") ? BlockFormatter::Csv : BlockFormatter::Jsonl, stdout);
-    const QStringList files = parser.positionalArguments();
-    if (parser.isSet(Link)) {
-        if (!files.isEmpty())
-            return usage("either --link or files, not both");
-        LinkSpec spec;
-        QString error;
-        if (!LinkSpec::parse(parser.value(Link), &spec, &error))
-            return usage(error);
+    if (files.isEmpty()) {
+        QCoreApplication app(argc, argv);
         return decodeLink(&app, spec, &printer);
     }
-    if (files.isEmpty())
-        return usage("no capture file given");
     return decodeFiles(files, &printer);
 }

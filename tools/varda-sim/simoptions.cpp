@@ -1,6 +1,6 @@
 #include "simoptions.h"
 
-#include <QCommandLineParser>
+#include "commandline.h"
 
 namespace
 {
@@ -11,13 +11,14 @@ const QCommandLineOption GatewayPort(
     "gateway-port", "TCP port of the Iridium gateway (default 10020).", "port", "10020");
 const QCommandLineOption Rate(
     "rate", "Traffic rate relative to normal, 0.1 to 100 (default 1).", "factor", "1");
-const QCommandLineOption Seed("seed", "Seed of the random values, for repeatable runs.", "number");
+const QCommandLineOption Seed(
+    "seed", "Seed of the random values, for repeatable runs (default a new one each run).", "number");
 const QCommandLineOption Roles("roles",
     "Roles to play, comma separated: modem, glider, gateway (default all).", "list", "modem,glider,gateway");
 const QCommandLineOption Stations("stations", "Number of remote stations, 0 to 8 (default 4).", "count", "4");
 const QCommandLineOption Replay("replay",
     "Play the inbound modem bytes of a capture file to every client instead of the simulated network; "
-    "commands are not answered.",
+    "commands are not answered (default: none, the simulated network plays).",
     "file");
 const QCommandLineOption Speed("speed",
     "Replay speed: recorded gaps divided by this factor; 0 plays as fast as the link takes the bytes "
@@ -52,7 +53,7 @@ bool readRoles(const QString &text, SimOptions *options)
     return options->modem || options->gateway;
 }
 
-bool readReplay(const QCommandLineParser &parser, SimOptions *options, QString *error)
+bool readReplay(const CommandLine &parser, SimOptions *options, QString *error)
 {
     options->replay = parser.value(Replay);
     bool ok = false;
@@ -64,7 +65,7 @@ bool readReplay(const QCommandLineParser &parser, SimOptions *options, QString *
     return true;
 }
 
-bool readNumbers(const QCommandLineParser &parser, SimOptions *options, QString *error)
+bool readNumbers(const CommandLine &parser, SimOptions *options, QString *error)
 {
     if (!readPort(parser.value(ModemPort), &options->modemPort)
         || !readPort(parser.value(GatewayPort), &options->gatewayPort)) {
@@ -92,17 +93,15 @@ bool readNumbers(const QCommandLineParser &parser, SimOptions *options, QString 
 }
 }
 
-bool SimOptions::parse(const QStringList &arguments, SimOptions *options, QString *error)
+void SimOptions::declare(CommandLine *cli)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Plays a Varda radio modem with stations on the air, a glider behind its radio modem and an "
-        "Iridium gateway, on this machine.");
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.addOptions({ Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty, Replay, Speed });
-    parser.process(arguments);
+    for (const QCommandLineOption &option :
+        { Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty, Replay, Speed })
+        cli->addOption(option);
+}
 
+bool SimOptions::read(const CommandLine &parser, SimOptions *options, QString *error)
+{
     if (!options->bind.setAddress(parser.value(Bind))) {
         *error = "not an address: " + parser.value(Bind);
         return false;
