@@ -1,18 +1,15 @@
 #include "blockdecoder.h"
 
-#include <string.h>
-
 #include "gateway_message.h"
 #include "varda_extension.h"
 #include "varda_frame_rx.h"
 #include "varda_spp_host.h"
+#include "varda_spp_payload.h"
 
 namespace
 {
-// No rssi or noise reported.
-const uint8_t UNKNOWN_LEVEL = 255;
-const int DBM_OFFSET = 200;
-const uint8_t FLAG_EXTENSION = 0x01;
+// A level the modem did not report, in dBm.
+const int UNKNOWN_DBM = VRD_RSSI_UNKNOWN - VRD_DBM_OFFSET;
 
 uint32_t le32(const uint8_t *p)
 {
@@ -89,35 +86,22 @@ void BlockDecoder::decodeModem(const uint8_t *data, size_t len, DecodedBlock *ou
 
 void BlockDecoder::decodePayload(uint8_t type, const uint8_t *payload, size_t len, DecodedBlock *out)
 {
-    switch (type) {
-    case SPP_TYPE_RX: {
-        if (len < sizeof(spp_rxhdr_t))
-            return;
-        spp_rxhdr_t rx;
-        memcpy(&rx, payload, sizeof rx);
-        if (rx.rssi != UNKNOWN_LEVEL)
-            out->rssi_dbm = int(rx.rssi) - DBM_OFFSET;
-        if (rx.noise != UNKNOWN_LEVEL)
-            out->noise_dbm = int(rx.noise) - DBM_OFFSET;
-        out->flags = rx.varda_flags;
-        if (rx.varda_flags & FLAG_EXTENSION)
-            decodeExtension(payload + sizeof rx, len - sizeof rx, out);
+    varda_spp_payload_t split;
+    if (varda_spp_split_payload(type, payload, uint16_t(len), &split) != VARDA_SPP_PAYLOAD_OK)
+        return;
+    if (type == SPP_TYPE_CMD) {
+        out->text = latin1(split.payload, split.payload_len);
         return;
     }
-    case SPP_TYPE_TX:
-    case SPP_TYPE_LOCAL:
-        if (len < sizeof(spp_txhdr_t))
-            return;
-        out->flags = payload[0];
-        if (payload[0] & FLAG_EXTENSION)
-            decodeExtension(payload + 1, len - 1, out);
-        return;
-    case SPP_TYPE_CMD:
-        out->text = latin1(payload, len);
-        return;
-    default:
-        return;
+    if (type == SPP_TYPE_RX) {
+        if (split.rssi_dbm != UNKNOWN_DBM)
+            out->rssi_dbm = split.rssi_dbm;
+        if (split.noise_dbm != UNKNOWN_DBM)
+            out->noise_dbm = split.noise_dbm;
     }
+    out->flags = split.varda_flags;
+    if (split.extension)
+        decodeExtension(split.payload, split.payload_len, out);
 }
 
 // As the tool reads it: of two sub-packets of one type the later one counts.
