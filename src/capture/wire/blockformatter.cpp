@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <stdio.h>
+
+#include <algorithm>
 #include <time.h>
 
 namespace
@@ -33,6 +35,13 @@ void appendHex(std::string *out, const std::vector<uint8_t> &bytes)
 void appendJsonString(std::string *out, const std::string &text)
 {
     *out += '"';
+    const bool plain = std::none_of(text.begin(), text.end(),
+        [](char c) { return c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20; });
+    if (plain) {
+        *out += text;
+        *out += '"';
+        return;
+    }
     for (const char c : text) {
         const unsigned char u = static_cast<unsigned char>(c);
         if (c == '"' || c == '\\') {
@@ -215,14 +224,22 @@ std::string BlockFormatter::line(const DecodedBlock &block) const
     return out;
 }
 
+// Blocks come many to a second: the date and time of the last second are
+// kept, only the milliseconds are new.
 std::string BlockFormatter::isoTime(uint64_t time_us)
 {
+    static thread_local time_t lastSecond = -1;
+    static thread_local char lastText[64];
     const time_t seconds = time_t(time_us / 1000000);
-    struct tm utc;
-    if (!gmtime_r(&seconds, &utc))
-        return std::string();
-    char text[64];
-    snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%03uZ", utc.tm_year + 1900, utc.tm_mon + 1,
-        utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec, unsigned(time_us / 1000 % 1000));
-    return text;
+    if (seconds != lastSecond) {
+        struct tm utc;
+        if (!gmtime_r(&seconds, &utc))
+            return std::string();
+        snprintf(lastText, sizeof lastText, "%04d-%02d-%02dT%02d:%02d:%02d", utc.tm_year + 1900,
+            utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec);
+        lastSecond = seconds;
+    }
+    const unsigned ms = unsigned(time_us / 1000 % 1000);
+    const char tail[] = { '.', char('0' + ms / 100), char('0' + ms / 10 % 10), char('0' + ms % 10), 'Z' };
+    return std::string(lastText) + std::string(tail, sizeof tail);
 }
