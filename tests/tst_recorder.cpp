@@ -205,7 +205,10 @@ void TestRecorder::modemLinkBothWays()
 void TestRecorder::gatewayMessages()
 {
     QTcpServer gateway;
-    QVERIFY(gateway.listen(QHostAddress::LocalHost, IridiumTcp::GatewayPort));
+    // The client dials this fixed port; CTest keeps the tests that take it
+    // apart, but a program outside them may hold it.
+    if (!gateway.listen(QHostAddress::LocalHost, IridiumTcp::GatewayPort))
+        QSKIP("port 10020 is taken by another program");
     const QString folder = m_dir.filePath("gateway");
     QPushButton button;
     QLineEdit host("127.0.0.1");
