@@ -9,8 +9,9 @@ namespace
 const QCommandLineOption NoRecord(
     "no-record", QCoreApplication::translate("RecordingOptions", "Do not record the session."));
 const QCommandLineOption RecordDir("record-dir",
-    QCoreApplication::translate("RecordingOptions", "Folder of the session captures (default %1).")
-        .arg(RecordingOptions::defaultFolder()),
+    QCoreApplication::translate("RecordingOptions",
+        "Folder of the session captures (default: captures in the user's data folder, "
+        "~/.local/share/varda-toolbox/captures on Linux)."),
     "dir");
 const QCommandLineOption RecordCap("record-cap",
     QCoreApplication::translate("RecordingOptions",
@@ -61,8 +62,10 @@ qint64 RecordingOptions::capBytes() const
     return m_capMib << 20;
 }
 
+// The radio tool's own data folder, whichever program records: both tools
+// keep their captures together.
 QString RecordingOptions::defaultFolder()
 {
-    return QDir(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation))
-        .filePath(QStringLiteral("captures"));
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
+        .filePath(QStringLiteral("varda-toolbox/captures"));
 }

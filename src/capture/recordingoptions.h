@@ -22,7 +22,9 @@ public:
     QString folder() const;
     qint64 capBytes() const;
 
-    // <AppLocalDataLocation>/captures
+    // The application data folder of varda-toolbox (AppLocalDataLocation
+    // when the application is named so), then captures; the same for every
+    // program that records.
     static QString defaultFolder();
 
 private:
