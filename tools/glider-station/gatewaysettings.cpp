@@ -47,6 +47,11 @@ IridiumTcp *GatewaySettings::client() const
     return m_client;
 }
 
+bool GatewaySettings::isConnected() const
+{
+    return m_connected;
+}
+
 bool GatewaySettings::forwardsVardaData() const
 {
     return m_connected && m_forward->isChecked();

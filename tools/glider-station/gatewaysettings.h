@@ -20,6 +20,7 @@ public:
     IridiumTcp *client() const;
     // "Send Varda data to relayhub" ticked and the gateway connected.
     bool forwardsVardaData() const;
+    bool isConnected() const;
 
 private:
     QLineEdit *m_host;

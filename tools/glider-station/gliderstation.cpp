@@ -1,7 +1,17 @@
 #include "gliderstation.h"
 
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenuBar>
+#include <QStatusBar>
 #include <QTabWidget>
+#include <QTableView>
 #include <QVBoxLayout>
+
+#include "cockpit.h"
+#include "freshnesspanel.h"
+#include "plotview.h"
+#include "trackview.h"
 
 #include "gatewaysettings.h"
 #include "glider.h"
@@ -15,6 +25,7 @@ GliderStation::GliderStation(QWidget *parent)
     , m_radio(new MainWindow(m_tabs))
     , m_gateway(new GatewaySettings)
     , m_glider(new Glider)
+    , m_cockpit(nullptr)
 {
     m_tabs->setObjectName("stationTabs");
     m_radio->setObjectName("radio");
@@ -23,27 +34,40 @@ GliderStation::GliderStation(QWidget *parent)
     m_radio->setWindowFlags(Qt::Widget);
 
     auto *vehicle = new QWidget;
-    auto *layout = new QVBoxLayout(vehicle);
-    layout->addWidget(m_gateway);
-    layout->addWidget(m_glider, 1);
-
     m_tabs->addTab(m_radio, tr("Radio"));
     m_tabs->addTab(vehicle, tr("Glider"));
     setCentralWidget(m_tabs);
     setWindowTitle(tr("Glider station - %1").arg(m_radio->windowTitle()));
     resize(1200, 800);
     wire();
+    addCockpit(vehicle);
+}
+
+// The journal, plots and track get tabs of their own; the freshness of the
+// telemetry stands beside the panel, where the values are.
+void GliderStation::addCockpit(QWidget *vehicle)
+{
+    m_cockpit = new Cockpit(m_radio, m_gateway, m_glider, this);
+    auto *row = new QHBoxLayout;
+    row->addWidget(m_glider, 1);
+    row->addWidget(m_cockpit->freshnessPanel(), 0, Qt::AlignTop);
+    auto *layout = new QVBoxLayout(vehicle);
+    layout->addWidget(m_gateway);
+    layout->addLayout(row, 1);
+    m_tabs->addTab(m_cockpit->journalView(), tr("Journal"));
+    m_tabs->addTab(m_cockpit->plotView(), tr("Plots"));
+    m_tabs->addTab(m_cockpit->trackView(), tr("Track"));
+    menuBar()->addMenu(m_cockpit->menu());
+    statusBar()->addWidget(m_cockpit->statusLabel(), 1);
 }
 
 void GliderStation::wire()
 {
     IridiumTcp *iridium = m_gateway->client();
     connect(m_radio->sppHost(), &SppHost::newPacket, m_glider, &Glider::incomingPell);
-    connect(m_glider, &Glider::outgoingPell, m_radio, &MainWindow::sendData);
     connect(iridium, &IridiumTcp::newData, m_glider, &Glider::incomingSbd);
     // The radio tool lists the sending modem and logs the message as well.
     connect(iridium, &IridiumTcp::newData, m_radio, &MainWindow::incomingSbd);
-    connect(m_glider, &Glider::outgoingSbd, iridium, &IridiumTcp::sendSBD);
     connect(m_glider, &Glider::gliderPayloadReceived, this, &GliderStation::forwardPayload);
 }
 
@@ -61,6 +85,11 @@ MainWindow *GliderStation::radio() const
 Glider *GliderStation::glider() const
 {
     return m_glider;
+}
+
+Cockpit *GliderStation::cockpit() const
+{
+    return m_cockpit;
 }
 
 GatewaySettings *GliderStation::gateway() const

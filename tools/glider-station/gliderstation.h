@@ -5,6 +5,7 @@
 #include <QMainWindow>
 #include <QString>
 
+class Cockpit;
 class GatewaySettings;
 class Glider;
 class MainWindow;
@@ -23,6 +24,7 @@ public:
     MainWindow *radio() const;
     Glider *glider() const;
     GatewaySettings *gateway() const;
+    Cockpit *cockpit() const;
 
 public slots:
     // Vehicle data heard on the radio goes on to relayhub while the
@@ -31,11 +33,13 @@ public slots:
 
 private:
     void wire();
+    void addCockpit(QWidget *vehicle);
 
     QTabWidget *m_tabs;
     MainWindow *m_radio;
     GatewaySettings *m_gateway;
     Glider *m_glider;
+    Cockpit *m_cockpit;
 };
 
 #endif
