@@ -59,7 +59,7 @@ PlotView::PlotView(const TelemetryStore *store, QWidget *parent)
     m_fields->setToolTip(tr("Tick the fields to plot; each unit gets its own value axis."));
     m_window->setObjectName("plotWindow");
     m_window->addItems({ tr("Last hour"), tr("Last day"), tr("All") });
-    m_window->setCurrentIndex(1);
+    m_window->setCurrentIndex(2);
     m_window->setToolTip(tr("Time span shown, back from the latest record."));
     m_follow->setObjectName("plotFollow");
     m_follow->setChecked(true);
@@ -169,7 +169,7 @@ void PlotView::redraw()
     qint64 from = 0, to = 0;
     windowRange(&from, &to);
     auto *time = new QDateTimeAxis;
-    time->setFormat(to - from > 24 * HourMs ? "dd.MM HH:mm" : "HH:mm");
+    time->setFormat(to - from > 24 * HourMs ? "dd.MM HH:mm" : to - from > HourMs ? "HH:mm" : "HH:mm:ss");
     time->setTitleText(tr("Received (local time)"));
     time->setRange(
         QDateTime::fromMSecsSinceEpoch(from), QDateTime::fromMSecsSinceEpoch(std::max(to, from + 1000)));

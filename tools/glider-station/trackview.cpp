@@ -90,7 +90,7 @@ void TrackView::redraw()
         south = std::min(south, p.y());
         north = std::max(north, p.y());
     }
-    const double pad = std::max({ (east - west) * 0.05, (north - south) * 0.05, 0.0005 });
+    const double pad = std::max({ (east - west) * 0.05, (north - south) * 0.05, 0.00005 });
     m_lon->setRange(west - pad, east + pad);
     m_lat->setRange(south - pad, north + pad);
     const TelemetryStore::TrackPoint &last = track.last();
