@@ -86,6 +86,37 @@ TelemetryRecord position(int minute, double lat, double lon)
     return r;
 }
 
+// Opens the radio tool's TCP link to modem, a server the test plays; returns
+// the station's end as the modem sees it, null on failure.
+QTcpSocket *connectRadio(GliderStation *station, QTcpServer *modem)
+{
+    if (!modem->listen(QHostAddress::LocalHost))
+        return nullptr;
+    auto *type = w<QComboBox>(station->radio(), "linkTypeCombo");
+    type->setCurrentIndex(type->findText("TCP"));
+    w<QLineEdit>(station->radio(), "hostText")->setText("127.0.0.1");
+    w<QLineEdit>(station->radio(), "portText")->setText(QString::number(modem->serverPort()));
+    QTest::mouseClick(w<QPushButton>(station->radio(), "connectButton"), Qt::LeftButton);
+    if (!modem->waitForNewConnection(WaitMs))
+        return nullptr;
+    QTcpSocket *peer = modem->nextPendingConnection();
+    const bool up = QTest::qWaitFor(
+        [&] { return w<QPushButton>(station->radio(), "connectButton")->text() == "Disconnect"; }, WaitMs);
+    return up ? peer : nullptr;
+}
+
+// A shown station whose radio link is open to a modem played by the test.
+struct ConnectedStation {
+    ConnectedStation()
+    {
+        station.show();
+        peer = connectRadio(&station, &modem);
+    }
+    QTcpServer modem;
+    GliderStation station;
+    QTcpSocket *peer = nullptr;
+};
+
 } // namespace
 
 class TstCockpit : public QObject
@@ -104,6 +135,7 @@ private slots:
     void journalStatesSurviveRestart();
     void powerOffCancelledAndLinkDown();
     void powerOffConfirmedSentAndConfirmed();
+    void otherLinkOffered();
     void freshness_data();
     void freshness();
     void freshnessAnnouncedOncePerEpisode();
@@ -220,19 +252,10 @@ void TstCockpit::powerOffCancelledAndLinkDown()
 // vehicle's housekeeping confirms it.
 void TstCockpit::powerOffConfirmedSentAndConfirmed()
 {
-    QTcpServer modem;
-    QVERIFY(modem.listen(QHostAddress::LocalHost));
-    GliderStation station;
-    station.show();
-    auto *type = w<QComboBox>(station.radio(), "linkTypeCombo");
-    type->setCurrentIndex(type->findText("TCP"));
-    w<QLineEdit>(station.radio(), "hostText")->setText("127.0.0.1");
-    w<QLineEdit>(station.radio(), "portText")->setText(QString::number(modem.serverPort()));
-    QTest::mouseClick(w<QPushButton>(station.radio(), "connectButton"), Qt::LeftButton);
-    QVERIFY(modem.waitForNewConnection(WaitMs));
-    QTcpSocket *peer = modem.nextPendingConnection();
-    QVERIFY(QTest::qWaitFor(
-        [&] { return w<QPushButton>(station.radio(), "connectButton")->text() == "Disconnect"; }, WaitMs));
+    ConnectedStation connected;
+    QVERIFY(connected.peer != nullptr);
+    GliderStation &station = connected.station;
+    QTcpSocket *peer = connected.peer;
 
     CommandJournal *journal = station.cockpit()->journal();
     pressPellOff(station.glider());
@@ -247,6 +270,28 @@ void TstCockpit::powerOffConfirmedSentAndConfirmed()
     station.cockpit()->takePayload("Pell", hk2Payload(uint8_t(entry.seqs.value(0))));
     QCOMPARE(journal->entry(1)->state, CommandJournal::Confirmed);
     QVERIFY(journal->data(journal->index(0, CommandJournal::StateColumn)).toString().endsWith("over Pell"));
+}
+
+// "Iridium" chosen while the gateway is down and the radio up: the station
+// says so, offers Pell, and sends the same block over the radio.
+void TstCockpit::otherLinkOffered()
+{
+    ConnectedStation connected;
+    QVERIFY(connected.peer != nullptr);
+    GliderStation &station = connected.station;
+    QTcpSocket *peer = connected.peer;
+    auto *active = w<QComboBox>(station.glider(), "activeLinkCombo");
+    active->setCurrentIndex(active->findText("Iridium"));
+    QTest::mouseClick(w<QPushButton>(station.glider(), "sonarSleep"), Qt::LeftButton);
+    const CommandJournal *journal = station.cockpit()->journal();
+    QCOMPARE(journal->entry(1)->state, CommandJournal::NotSent);
+    QVERIFY(station.cockpit()->statusLabel()->text().contains("Iridium link is down"));
+    QVERIFY(answer(CommandGuard::OtherLinkDialog, "acceptButton"));
+    QVERIFY(QTest::qWaitFor([&] { return peer->bytesAvailable() > 0; }, WaitMs));
+    QVERIFY(peer->readAll().contains(journal->entry(1)->block));
+    QCOMPARE(journal->entry(1)->state, CommandJournal::Sent);
+    QCOMPARE(journal->entry(1)->link, QString("Pell"));
+    QCOMPARE(journal->count(), 1);
 }
 
 void TstCockpit::freshness_data()

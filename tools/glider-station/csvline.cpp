@@ -26,6 +26,8 @@ QString CsvLine::join(const QStringList &fields)
 
 QStringList CsvLine::split(const QString &line)
 {
+    if (!line.contains(Quote))
+        return line.split(Comma);
     QStringList fields;
     QString field;
     bool inQuotes = false;

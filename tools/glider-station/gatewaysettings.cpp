@@ -30,6 +30,12 @@ GatewaySettings::GatewaySettings(QWidget *parent)
 {
     setObjectName("iridiumGroup");
     m_forward->setChecked(true);
+    m_host->setToolTip(tr("Host of the Iridium gateway (relayhub), port 10020."));
+    m_connect->setToolTip(
+        tr("Connect to the gateway: satellite telemetry comes in and Iridium commands go out."));
+    m_flush->setToolTip(
+        tr("Sent with each Iridium message: the gateway drops what it still holds for the vehicle first."));
+    m_forward->setToolTip(tr("Pass vehicle data heard on the radio on to relayhub while connected."));
     connect(m_client, &IridiumTcp::connectionStateChanged, this, [this](bool up) { m_connected = up; });
 
     auto *layout = new QGridLayout(this);

@@ -1,6 +1,6 @@
 #include "telemetryrecord.h"
 
-#include <QMap>
+#include <QHash>
 
 #include <cmath>
 #include <string.h>
@@ -142,22 +142,31 @@ QVector<double> decodeValues(uint8_t type, const uint8_t *bytes)
 
 } // namespace
 
-QStringList TelemetryRecord::kinds()
+const QStringList &TelemetryRecord::kinds()
 {
-    QStringList names;
-    for (const Kind &kind : schema())
-        names << kind.name;
+    static const QStringList names = [] {
+        QStringList out;
+        for (const Kind &kind : schema())
+            out << kind.name;
+        return out;
+    }();
     return names;
 }
 
-QStringList TelemetryRecord::fieldNames(const QString &kind)
+// Built once: the history asks for them for every record it reads.
+const QStringList &TelemetryRecord::fieldNames(const QString &kind)
 {
-    QStringList names;
-    if (const Kind *k = kindByName(kind)) {
-        for (const Field &field : k->fields)
-            names << field.name;
-    }
-    return names;
+    static const QHash<QString, QStringList> names = [] {
+        QHash<QString, QStringList> out;
+        for (const Kind &k : schema()) {
+            for (const Field &field : k.fields)
+                out[k.name] << field.name;
+        }
+        return out;
+    }();
+    static const QStringList none;
+    const auto it = names.constFind(kind);
+    return it == names.cend() ? none : *it;
 }
 
 QString TelemetryRecord::unit(const QString &kind, const QString &field)
@@ -189,8 +198,7 @@ double TelemetryRecord::value(const QString &field) const
 
 bool TelemetryRecord::position(double *lat, double *lon, QDateTime *fix) const
 {
-    const QStringList names = fieldNames(kind);
-    if (!names.contains("lat"))
+    if (!fieldNames(kind).contains("lat"))
         return false;
     *lat = value("lat");
     *lon = value("lon");

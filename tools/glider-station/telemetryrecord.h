@@ -19,8 +19,8 @@ public:
     QVector<double> values; // in the order of fieldNames(kind)
 
     // Record kinds with numbers, in message type order.
-    static QStringList kinds();
-    static QStringList fieldNames(const QString &kind);
+    static const QStringList &kinds();
+    static const QStringList &fieldNames(const QString &kind);
     // Unit of a field, empty where the vehicle states none.
     static QString unit(const QString &kind, const QString &field);
 

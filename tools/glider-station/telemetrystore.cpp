@@ -13,6 +13,21 @@ namespace
 const QString HeaderMark = QStringLiteral("received_utc");
 const int Fixed = 3; // time, link, kind
 
+// "2026-11-23T12:00:00.000Z" as written here, read without the general ISO
+// parser, which costs more than the rest of a line; anything else goes to it.
+QDateTime receiveTime(const QString &text)
+{
+    static const QString layout = QStringLiteral("0000-00-00T00:00:00.000Z");
+    bool exact = text.size() == layout.size();
+    for (int i = 0; exact && i < layout.size(); i++)
+        exact = layout.at(i) == QLatin1Char('0') ? text.at(i).isDigit() : text.at(i) == layout.at(i);
+    if (!exact)
+        return QDateTime::fromString(text, Qt::ISODateWithMs).toUTC();
+    const auto number = [&](int from, int length) { return text.midRef(from, length).toInt(); };
+    return QDateTime(QDate(number(0, 4), number(5, 2), number(8, 2)),
+        QTime(number(11, 2), number(14, 2), number(17, 2), number(20, 3)), Qt::UTC);
+}
+
 QString number(double value)
 {
     return std::isfinite(value) ? QString::number(value, 'g', 10) : QString();
@@ -37,50 +52,58 @@ int TelemetryStore::load()
         return 0;
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return -1;
-    QHash<QString, QStringList> headers;
-    int before = 0;
-    for (const Columns &c : qAsConst(m_kinds))
-        before += c.times.size();
+    Headers headers;
+    int records = 0;
     QTextStream in(&file);
     in.setCodec("UTF-8");
     QString line;
     while (in.readLineInto(&line))
-        readLine(line, &headers);
+        records += readLine(line, &headers) ? 1 : 0;
     for (auto it = headers.cbegin(); it != headers.cend(); ++it)
-        m_headerWritten[it.key()] = it.value() == TelemetryRecord::fieldNames(it.key());
-    int after = 0;
-    for (const Columns &c : qAsConst(m_kinds))
-        after += c.times.size();
-    return after - before;
+        m_headerWritten[it.key()] = it.value().names == TelemetryRecord::fieldNames(it.key());
+    return records;
 }
 
-void TelemetryStore::readLine(const QString &line, QHash<QString, QStringList> *headers)
+// A header line maps the file's columns to the fields the kind has now.
+void TelemetryStore::readHeader(const QString &kind, const QStringList &fields, Headers *headers)
+{
+    Header header;
+    header.names = fields.mid(Fixed);
+    for (const QString &name : TelemetryRecord::fieldNames(kind)) {
+        const int index = header.names.indexOf(name);
+        header.columns << (index < 0 ? -1 : index + Fixed);
+    }
+    headers->insert(kind, header);
+}
+
+bool TelemetryStore::readLine(const QString &line, Headers *headers)
 {
     const QStringList fields = CsvLine::split(line);
     if (fields.size() < Fixed)
-        return;
-    const QString kind = fields.at(2);
-    if (!TelemetryRecord::kinds().contains(kind))
-        return;
+        return false;
+    const QString &kind = fields.at(2);
     if (fields.at(0) == HeaderMark) {
-        headers->insert(kind, fields.mid(Fixed));
-        return;
+        if (TelemetryRecord::kinds().contains(kind))
+            readHeader(kind, fields, headers);
+        return false;
     }
+    const auto header = headers->constFind(kind);
+    if (header == headers->cend())
+        return false;
     TelemetryRecord record;
-    record.received = QDateTime::fromString(fields.at(0), Qt::ISODateWithMs);
-    if (!record.received.isValid() || !headers->contains(kind))
-        return;
-    record.received = record.received.toUTC();
+    record.received = receiveTime(fields.at(0));
+    if (!record.received.isValid())
+        return false;
     record.link = fields.at(1);
     record.kind = kind;
-    const QStringList names = headers->value(kind);
-    for (const QString &name : TelemetryRecord::fieldNames(kind)) {
-        const int column = names.indexOf(name) + Fixed;
+    record.values.reserve(header->columns.size());
+    for (int column : header->columns) {
         bool ok = false;
-        const double value = column >= Fixed && column < fields.size() ? fields.at(column).toDouble(&ok) : 0;
+        const double value = column >= 0 && column < fields.size() ? fields.at(column).toDouble(&ok) : 0;
         record.values << (ok ? value : std::nan(""));
     }
     keep(record);
+    return true;
 }
 
 bool TelemetryStore::append(const TelemetryRecord &record)

@@ -62,8 +62,15 @@ private:
         QVector<QVector<double>> values; // one column per field
         QString lastLink;
     };
+    struct Header {
+        QStringList names; // as in the file
+        QVector<int> columns; // file column of each current field, -1 if none
+    };
+    using Headers = QHash<QString, Header>;
+
     void keep(const TelemetryRecord &record);
-    void readLine(const QString &line, QHash<QString, QStringList> *headers);
+    bool readLine(const QString &line, Headers *headers);
+    static void readHeader(const QString &kind, const QStringList &fields, Headers *headers);
 
     QString m_path;
     QHash<QString, Columns> m_kinds;
