@@ -136,6 +136,7 @@ private slots:
     void powerOffCancelledAndLinkDown();
     void powerOffConfirmedSentAndConfirmed();
     void otherLinkOffered();
+    void rateSurvivesRestart();
     void freshness_data();
     void freshness();
     void freshnessAnnouncedOncePerEpisode();
@@ -181,6 +182,7 @@ void TstCockpit::journalStatesSurviveRestart()
     int confirmed, overdue, late, unsent;
     {
         CommandJournal journal(path("commands.csv"));
+        QAbstractItemModelTester tester(&journal, QAbstractItemModelTester::FailureReportingMode::QtTest);
         journal.setDeadline("Pell", 60000);
         confirmed = journal.add(shortCommand(10, CMD_POWER, 0x41), "Pell", CommandJournal::Sent, T0);
         overdue = journal.add(shortCommand(11, CMD_SONAR, 0), "Pell", CommandJournal::Sent, T0);
@@ -193,6 +195,7 @@ void TstCockpit::journalStatesSurviveRestart()
         QCOMPARE(journal.confirm(13, T0.addSecs(90), "Pell"), 0); // never went out
     }
     CommandJournal again(path("commands.csv"));
+    QAbstractItemModelTester tester(&again, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(again.load(), 4);
     QCOMPARE(again.entry(confirmed)->state, CommandJournal::Confirmed);
     QCOMPARE(again.entry(confirmed)->stateLink, QString("Iridium"));
@@ -292,6 +295,23 @@ void TstCockpit::otherLinkOffered()
     QCOMPARE(journal->entry(1)->state, CommandJournal::Sent);
     QCOMPARE(journal->entry(1)->link, QString("Pell"));
     QCOMPARE(journal->count(), 1);
+}
+
+// The expected interval of a link is the telemetry rate last sent to it,
+// before a restart as well.
+void TstCockpit::rateSurvivesRestart()
+{
+    {
+        ConnectedStation connected;
+        QVERIFY(connected.peer != nullptr);
+        w<QSlider>(connected.station.glider(), "telemetryRateSlider")->setValue(5);
+        QTest::mouseClick(w<QPushButton>(connected.station.glider(), "telemetryRateSet"), Qt::LeftButton);
+        connected.station.cockpit()->takePayload("Pell", hk2Payload(0));
+        QCOMPARE(connected.station.cockpit()->freshness()->expected("housekeeping2"), qint64(5000));
+    }
+    GliderStation restarted;
+    QCOMPARE(restarted.cockpit()->freshness()->kinds(), QStringList { "housekeeping2" });
+    QCOMPARE(restarted.cockpit()->freshness()->expected("housekeeping2"), qint64(5000));
 }
 
 void TstCockpit::freshness_data()

@@ -15,6 +15,7 @@
 
 #include "commandguard.h"
 #include "commandjournal.h"
+#include "commandsummary.h"
 #include "freshnessmonitor.h"
 #include "freshnesspanel.h"
 #include "gatewaysettings.h"
@@ -23,6 +24,7 @@
 #include "linkstate.h"
 #include "mainwindow.h"
 #include "plotview.h"
+#include "spp_host_qt.h"
 #include "telemetryrecord.h"
 #include "telemetrystore.h"
 #include "trackexporter.h"
@@ -32,6 +34,8 @@
 namespace
 {
 const int TickMs = 1000;
+// varda_flags bit 0: the radio payload is a chain of extension records.
+const uint8_t ExtensionFlag = 0x01;
 
 QString toolboxFile(const char *name)
 {
@@ -105,6 +109,24 @@ void Cockpit::load()
         if (m_store->count(kind) > 0)
             m_freshness->seen(kind, m_store->lastLink(kind), m_store->lastReceived(kind));
     }
+    restoreIntervals();
+}
+
+// The telemetry rates the operator set before the restart, oldest first so
+// that the last one counts.
+void Cockpit::restoreIntervals()
+{
+    for (int row = m_journal->count() - 1; row >= 0; row--) {
+        const CommandJournal::Entry &entry = m_journal->entryAt(row);
+        if (entry.state != CommandJournal::Sent && entry.state != CommandJournal::Confirmed
+            && entry.state != CommandJournal::NotConfirmed)
+            continue;
+        const CommandSummary summary(entry.block);
+        for (const QString link : { "Pell", "Iridium" }) {
+            if (summary.telemetryInterval(link) > 0)
+                m_freshness->setInterval(link, summary.telemetryInterval(link));
+        }
+    }
 }
 
 void Cockpit::wire(MainWindow *radio, GatewaySettings *gateway)
@@ -117,6 +139,7 @@ void Cockpit::wire(MainWindow *radio, GatewaySettings *gateway)
     connect(m_guard, &CommandGuard::message, this, &Cockpit::say);
     connect(m_guard, &CommandGuard::telemetryIntervalSet, m_freshness, &FreshnessMonitor::setInterval);
     connect(m_glider, &Glider::gliderPayloadReceived, this, &Cockpit::fromPell);
+    connect(radio->sppHost(), &SppHost::newPacket, this, &Cockpit::fromRadio);
     connect(iridium, &IridiumTcp::newData, this, &Cockpit::fromIridium);
     connect(m_store, &TelemetryStore::recordAdded, m_plots, &PlotView::scheduleRedraw);
     connect(m_store, &TelemetryStore::recordAdded, m_track, &TrackView::scheduleRedraw);
@@ -135,6 +158,22 @@ void Cockpit::fromIridium(const QString &imei, const QByteArray &payload)
     const auto *field = m_glider->findChild<const QLineEdit *>("iridiumImei");
     if (field != nullptr && imei == field->text())
         takePayload("Iridium", payload);
+}
+
+// The panel takes a received radio packet without extension records as
+// vehicle data from anyone; extension packets reach fromPell once the panel
+// has checked their sender.
+void Cockpit::fromRadio(uint8_t type, const uint8_t *data, uint16_t length, const QString &source)
+{
+    Q_UNUSED(source);
+    if (type != SPP_TYPE_RX || length < sizeof(spp_rxhdr_t))
+        return;
+    const auto *header = reinterpret_cast<const spp_rxhdr_t *>(data);
+    if (header->varda_flags & ExtensionFlag)
+        return;
+    takePayload("Pell",
+        QByteArray(
+            reinterpret_cast<const char *>(data) + sizeof(spp_rxhdr_t), int(length - sizeof(spp_rxhdr_t))));
 }
 
 void Cockpit::takePayload(const QString &link, const QByteArray &payload)
@@ -162,7 +201,8 @@ void Cockpit::takePayload(const QString &link, const QByteArray &payload)
 void Cockpit::tick()
 {
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    m_journal->expire(now);
+    if (m_journal->expire(now) > 0)
+        say(tr("A command was not confirmed by its deadline: see the Journal"));
     m_freshness->check(now);
 }
 

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QTimer>
 
+#include <stdint.h>
+
 #include "freshnessmonitor.h"
 
 class CommandGuard;
@@ -54,6 +56,8 @@ public slots:
     void takePayload(const QString &link, const QByteArray &payload);
     void fromPell(const QString &callsign, const QByteArray &payload);
     void fromIridium(const QString &imei, const QByteArray &payload);
+    // Radio packets that carry vehicle data without extension records.
+    void fromRadio(uint8_t type, const uint8_t *data, uint16_t length, const QString &source);
     void tick();
     void say(const QString &text);
     void announce(const QString &kind, FreshnessMonitor::Level level, const QString &text);
@@ -61,6 +65,7 @@ public slots:
 
 private:
     void load();
+    void restoreIntervals();
     void wire(MainWindow *radio, GatewaySettings *gateway);
 
     Glider *m_glider;

@@ -217,6 +217,11 @@ const CommandJournal::Entry *CommandJournal::entry(int id) const
     return row < 0 ? nullptr : &m_entries.at(m_entries.size() - 1 - row);
 }
 
+const CommandJournal::Entry &CommandJournal::entryAt(int row) const
+{
+    return m_entries.at(m_entries.size() - 1 - row);
+}
+
 int CommandJournal::rowOf(int id) const
 {
     for (int i = m_entries.size() - 1; i >= 0; i--) {

@@ -62,6 +62,7 @@ public:
     qint64 deadline(const QString &link) const;
 
     const Entry *entry(int id) const;
+    const Entry &entryAt(int row) const; // row 0 is the newest
     int rowOf(int id) const;
     int count() const;
     static QString stateName(State state);
