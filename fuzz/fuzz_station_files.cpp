@@ -20,7 +20,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     fuzz::application<QCoreApplication>();
     const QByteArray bytes(reinterpret_cast<const char *>(data), int(size));
-    const QString path = QDir::temp().filePath(QStringLiteral("fuzz_station_files.csv"));
+    // On a memory file system when there is one: the file is written and
+    // read back twice for every input.
+    static const QString path
+        = (QDir(QStringLiteral("/dev/shm")).exists() ? QDir(QStringLiteral("/dev/shm")) : QDir::temp())
+              .filePath(QStringLiteral("fuzz_station_files-%1.csv").arg(QCoreApplication::applicationPid()));
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return 0;
@@ -32,6 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     store.series(QStringLiteral("ctd"), QStringLiteral("pressure"), 0, store.lastMsecs(), 10);
     CommandJournal journal(path);
     check(journal.load() >= 0);
+    QFile::remove(path);
 
     for (const QString &line : QString::fromUtf8(bytes).split('\n')) {
         const QStringList fields = CsvLine::split(line);

@@ -19,7 +19,7 @@ class FreshnessMonitor : public QObject
 public:
     enum Level { Fresh, Warning, Alarm };
 
-    static const qint64 DefaultIntervalMs = 10 * 60 * 1000;
+    static constexpr qint64 DefaultIntervalMs = 10 * 60 * 1000;
 
     explicit FreshnessMonitor(QObject *parent = nullptr);
 

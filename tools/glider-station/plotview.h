@@ -26,7 +26,7 @@ class PlotView : public QWidget
     Q_OBJECT
 public:
     // Points drawn per series at most; a week of records is thinned to this.
-    static const int MaxPoints = 2000;
+    static constexpr int MaxPoints = 2000;
 
     explicit PlotView(const TelemetryStore *store, QWidget *parent = nullptr);
 
