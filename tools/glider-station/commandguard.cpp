@@ -95,7 +95,7 @@ void CommandGuard::forward(int id, const Outgoing &out)
         emit telemetryIntervalSet(out.link, interval);
 }
 
-QWidget *CommandGuard::question(
+QMessageBox *CommandGuard::question(
     const char *name, const QString &title, const QString &text, const QString &yes)
 {
     auto *box = new QMessageBox(QMessageBox::Warning, title, text, QMessageBox::NoButton, m_dialogParent);
@@ -112,13 +112,13 @@ QWidget *CommandGuard::question(
 
 void CommandGuard::askPowerOff(int id, const Outgoing &out, const QStringList &what)
 {
-    auto *box = static_cast<QMessageBox *>(question(PowerOffDialog, tr("Switch off?"),
+    QMessageBox *box = question(PowerOffDialog, tr("Switch off?"),
         tr("This command switches off: %1.\nIt goes to the vehicle over %2.%3")
             .arg(what.join(", "), out.link,
                 what.join(" ").contains(out.link)
                     ? tr("\nThe %1 link to the vehicle will be cut.").arg(out.link)
                     : QString()),
-        tr("Switch off")));
+        tr("Switch off"));
     connect(box, &QMessageBox::finished, this, [this, id, out, box] {
         if (box->buttonRole(box->clickedButton()) == QMessageBox::AcceptRole) {
             release(id, out);
@@ -133,9 +133,9 @@ void CommandGuard::askPowerOff(int id, const Outgoing &out, const QStringList &w
 void CommandGuard::offerOtherLink(int id, const Outgoing &out)
 {
     const QString other = LinkState::other(out.link);
-    auto *box = static_cast<QMessageBox *>(question(OtherLinkDialog, tr("Link down"),
+    QMessageBox *box = question(OtherLinkDialog, tr("Link down"),
         tr("The %1 link is down; the command was not sent.\nSend it over %2 instead?").arg(out.link, other),
-        tr("Send over %1").arg(other)));
+        tr("Send over %1").arg(other));
     connect(box, &QMessageBox::finished, this, [this, id, out, box] {
         if (box->buttonRole(box->clickedButton()) == QMessageBox::AcceptRole)
             reroute(id, out);

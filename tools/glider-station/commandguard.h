@@ -11,6 +11,7 @@
 class CommandJournal;
 class Glider;
 class LinkState;
+class QMessageBox;
 class QWidget;
 
 // Stands between the glider panel and the links: every command block the
@@ -54,7 +55,7 @@ private:
     void askPowerOff(int id, const Outgoing &out, const QStringList &what);
     void offerOtherLink(int id, const Outgoing &out);
     void reroute(int id, const Outgoing &out);
-    QWidget *question(const char *name, const QString &title, const QString &text, const QString &yes);
+    QMessageBox *question(const char *name, const QString &title, const QString &text, const QString &yes);
 
     CommandJournal *m_journal;
     const LinkState *m_links;

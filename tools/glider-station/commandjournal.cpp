@@ -6,6 +6,9 @@
 #include <QHash>
 #include <QTextStream>
 
+#include <algorithm>
+#include <iterator>
+
 #include "commandsummary.h"
 #include "csvline.h"
 

@@ -69,6 +69,7 @@ void GliderStation::wire()
     // The radio tool lists the sending modem and logs the message as well.
     connect(iridium, &IridiumTcp::newData, m_radio, &MainWindow::incomingSbd);
     connect(m_glider, &Glider::gliderPayloadReceived, this, &GliderStation::forwardPayload);
+    // The panel's commands reach the links through the cockpit's guard.
 }
 
 void GliderStation::forwardPayload(const QString &callsign, const QByteArray &payload)
