@@ -15,6 +15,7 @@
 #include "glider.h"
 #include "gliderstation.h"
 #include "mainwindow.h"
+#include "plotview.h"
 #include "telemetry.h"
 #include "telemetrystore.h"
 #include "trackexporter.h"
@@ -141,6 +142,8 @@ private slots:
     void freshness();
     void freshnessAnnouncedOncePerEpisode();
     void telemetryReadBack();
+    void thinningKeepsPeaks();
+    void plotExportsWhatIsShown();
     void gpxReadByGpsbabel();
     void headlessExport_data();
     void headlessExport();
@@ -385,6 +388,58 @@ void TstCockpit::telemetryReadBack()
     QCOMPARE(again.track().size(), 3);
     QCOMPARE(again.track().at(2).lat, 59.12);
     QCOMPARE(again.track().at(2).fix, T0.addSecs(115));
+}
+
+// 10,000 flat CTD pressures with one dive and one spike, thinned to about
+// 100 points: both extremes survive, in time order.
+void TstCockpit::thinningKeepsPeaks()
+{
+    TelemetryStore store(path("telemetry.csv"));
+    for (int i = 0; i < 10000; i++) {
+        TelemetryRecord ctd;
+        ctd.received = T0.addSecs(i);
+        ctd.link = "Pell";
+        ctd.kind = "ctd";
+        ctd.values = { double(i), 35, 8, i == 1234 ? 200.0 : i == 8765 ? -1.0 : 50.0, 0, 0, 1500 };
+        store.add(ctd);
+    }
+    const QVector<QPointF> points
+        = store.series("ctd", "pressure", T0.toMSecsSinceEpoch(), T0.addSecs(10000).toMSecsSinceEpoch(), 100);
+    QVERIFY(points.size() <= 102);
+    QVERIFY(points.size() >= 50);
+    QVERIFY(std::is_sorted(
+        points.cbegin(), points.cend(), [](const QPointF &a, const QPointF &b) { return a.x() < b.x(); }));
+    const auto peak = std::max_element(
+        points.cbegin(), points.cend(), [](const QPointF &a, const QPointF &b) { return a.y() < b.y(); });
+    const auto dip = std::min_element(
+        points.cbegin(), points.cend(), [](const QPointF &a, const QPointF &b) { return a.y() < b.y(); });
+    QCOMPARE(*peak, QPointF(T0.addSecs(1234).toMSecsSinceEpoch(), 200));
+    QCOMPARE(*dip, QPointF(T0.addSecs(8765).toMSecsSinceEpoch(), -1));
+    // Within a window the thinning looks only at the window.
+    QCOMPARE(store
+                 .series("ctd", "pressure", T0.addSecs(2000).toMSecsSinceEpoch(),
+                     T0.addSecs(2009).toMSecsSinceEpoch(), 100)
+                 .size(),
+        10);
+}
+
+void TstCockpit::plotExportsWhatIsShown()
+{
+    TelemetryStore store(path("telemetry.csv"));
+    for (int i = 0; i < 3; i++)
+        store.add(position(i, 59 + i, 10));
+    PlotView view(&store);
+    view.setSelected({ "postime.lat" });
+    QCOMPARE(view.pointsShown(), 3);
+    const QString csv = QDir::home().filePath("plot.csv");
+    QString error;
+    QVERIFY2(view.exportCsv(csv, &error), qPrintable(error));
+    QFile file(csv);
+    QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
+    const QStringList lines = QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), 4);
+    QCOMPARE(lines.at(0), QString("time_utc,series,value"));
+    QCOMPARE(lines.at(3), QString("2026-11-23T12:02:00.000Z,\"postime.lat (deg)\",61"));
 }
 
 void TstCockpit::gpxReadByGpsbabel()
