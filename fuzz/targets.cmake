@@ -3,9 +3,9 @@
 
 # --- radio protocol ---
 varda_fuzz_target(fuzz_spp varda)
-varda_fuzz_target(fuzz_pp varda)
-varda_fuzz_target(fuzz_ext_codec varda)
-varda_fuzz_target(fuzz_callsign varda)
+varda_fuzz_target(fuzz_pp varda_wire)
+varda_fuzz_target(fuzz_ext_codec varda_wire)
+varda_fuzz_target(fuzz_callsign varda_wire)
 # --- extension decoding ---
 varda_fuzz_target(fuzz_extension_decode varda)
 # --- vehicle ---
@@ -17,7 +17,7 @@ if(PROJECT_NAME STREQUAL "VardaFuzz" AND NOT TARGET glider_station)
 endif()
 varda_fuzz_target(fuzz_station_files glider_station)
 # --- gateway and NMEA ---
-varda_fuzz_target(fuzz_nmea vehicle_wire Qt5::Core)
+varda_fuzz_target(fuzz_nmea vehicle_wire)
 varda_fuzz_target(fuzz_iridium_framing gateway_client)
 # --- simulator ---
 if(PROJECT_NAME STREQUAL "VardaFuzz" AND NOT TARGET varda_sim_core)

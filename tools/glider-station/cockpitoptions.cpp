@@ -1,11 +1,7 @@
 #include "cockpitoptions.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QObject>
-
-#include <stdio.h>
-#include <string.h>
 
 #include "cockpit.h"
 #include "commandjournal.h"
@@ -42,32 +38,6 @@ CockpitOptions::CockpitOptions()
 {
 }
 
-bool CockpitOptions::headless(int argc, const char *const *argv)
-{
-    for (int i = 1; i < argc; i++) {
-        if (strncmp(argv[i], "--export-track", 14) == 0)
-            return true;
-    }
-    return false;
-}
-
-int CockpitOptions::runHeadless(int argc, char **argv)
-{
-    QCoreApplication app(argc, argv);
-    QCommandLineParser parser;
-    CockpitOptions options;
-    options.addTo(&parser);
-    QString error;
-    if (!parser.parse(app.arguments()))
-        error = parser.errorText();
-    else if (options.read(parser, &error))
-        TrackExporter::exportFromHistory(Cockpit::telemetryPath(), options.exportTrack(), &error);
-    if (error.isEmpty())
-        return 0;
-    fprintf(stderr, "glider-station: %s\n", qPrintable(error.simplified()));
-    return 2;
-}
-
 void CockpitOptions::addTo(QCommandLineParser *parser) const
 {
     parser->addOption(m_pellDeadline);
@@ -100,6 +70,11 @@ void CockpitOptions::applyTo(CommandJournal *journal) const
 QString CockpitOptions::exportTrack() const
 {
     return m_export;
+}
+
+bool CockpitOptions::runExport(QString *error) const
+{
+    return TrackExporter::exportFromHistory(Cockpit::telemetryPath(), m_export, error) == 0;
 }
 
 qint64 CockpitOptions::pellDeadlineMs() const

@@ -15,13 +15,6 @@ class CockpitOptions
 public:
     CockpitOptions();
 
-    // True when the command line asks only for the track export, which
-    // needs no window (nor a display).
-    static bool headless(int argc, const char *const *argv);
-    // Parses, exports the track from ~/.toolbox/telemetry.csv and returns
-    // the exit code: 0, or 2 with a one-line message on standard error.
-    static int runHeadless(int argc, char **argv);
-
     void addTo(QCommandLineParser *parser) const;
     // Reads the values; false with a one-line reason in error for a bad one.
     bool read(const QCommandLineParser &parser, QString *error);
@@ -29,6 +22,9 @@ public:
 
     // Non-empty when the program is only to export the track and exit.
     QString exportTrack() const;
+    // Writes the track from ~/.toolbox/telemetry.csv to exportTrack(); needs
+    // no application object. False with a one-line reason in error.
+    bool runExport(QString *error) const;
     qint64 pellDeadlineMs() const;
     qint64 iridiumDeadlineMs() const;
 

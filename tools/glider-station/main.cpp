@@ -1,28 +1,32 @@
 #include <QApplication>
-#include <QCommandLineParser>
-
-#include <stdio.h>
 
 #include "cockpit.h"
 #include "cockpitoptions.h"
+#include "commandline.h"
+#include "desktopidentity.h"
 #include "gliderstation.h"
 #include "stylesheet.h"
 
 int main(int argc, char *argv[])
 {
-    if (CockpitOptions::headless(argc, argv))
-        return CockpitOptions::runHeadless(argc, argv);
-    QApplication app(argc, argv);
-    app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
-    QCommandLineParser parser;
+    CommandLine cli("glider-station",
+        "Vehicle station for an ocean glider: the Varda radio tool, the glider panel (telemetry, log files "
+        "and the command queue) and the Iridium gateway client in one window, with a journal of every "
+        "command, plots of the telemetry and the vehicle's track.");
+    cli.acceptToolkitOptions();
     CockpitOptions cockpit;
-    cockpit.addTo(&parser);
-    parser.process(app);
+    cockpit.addTo(&cli.parser());
+    if (!cli.parse(argc, argv))
+        return cli.exitCode();
     QString error;
-    if (!cockpit.read(parser, &error)) {
-        fprintf(stderr, "glider-station: %s\n", qPrintable(error));
-        return 2;
-    }
+    if (!cockpit.read(cli.parser(), &error))
+        return cli.refuse(error);
+    if (!cockpit.exportTrack().isEmpty())
+        return cockpit.runExport(&error) ? CommandLine::Success : cli.refuse(error);
+
+    QApplication app(argc, argv);
+    setDesktopIdentity("glider-station");
+    app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
     GliderStation window;
     cockpit.applyTo(window.cockpit()->journal());
     window.show();

@@ -1,6 +1,6 @@
 #include "simoptions.h"
 
-#include <QCommandLineParser>
+#include "commandline.h"
 
 namespace
 {
@@ -11,7 +11,8 @@ const QCommandLineOption GatewayPort(
     "gateway-port", "TCP port of the Iridium gateway (default 10020).", "port", "10020");
 const QCommandLineOption Rate(
     "rate", "Traffic rate relative to normal, 0.1 to 100 (default 1).", "factor", "1");
-const QCommandLineOption Seed("seed", "Seed of the random values, for repeatable runs.", "number");
+const QCommandLineOption Seed(
+    "seed", "Seed of the random values, for repeatable runs (default a new one each run).", "number");
 const QCommandLineOption Roles("roles",
     "Roles to play, comma separated: modem, glider, gateway (default all).", "list", "modem,glider,gateway");
 const QCommandLineOption Stations("stations", "Number of remote stations, 0 to 8 (default 4).", "count", "4");
@@ -44,7 +45,7 @@ bool readRoles(const QString &text, SimOptions *options)
     return options->modem || options->gateway;
 }
 
-bool readNumbers(const QCommandLineParser &parser, SimOptions *options, QString *error)
+bool readNumbers(const CommandLine &parser, SimOptions *options, QString *error)
 {
     if (!readPort(parser.value(ModemPort), &options->modemPort)
         || !readPort(parser.value(GatewayPort), &options->gatewayPort)) {
@@ -72,17 +73,15 @@ bool readNumbers(const QCommandLineParser &parser, SimOptions *options, QString 
 }
 }
 
-bool SimOptions::parse(const QStringList &arguments, SimOptions *options, QString *error)
+void SimOptions::declare(CommandLine *cli)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Plays a Varda radio modem with stations on the air, a glider behind its radio modem and an "
-        "Iridium gateway, on this machine.");
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.addOptions({ Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty });
-    parser.process(arguments);
+    for (const QCommandLineOption &option :
+        { Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty })
+        cli->addOption(option);
+}
 
+bool SimOptions::read(const CommandLine &parser, SimOptions *options, QString *error)
+{
     if (!options->bind.setAddress(parser.value(Bind))) {
         *error = "not an address: " + parser.value(Bind);
         return false;
