@@ -54,9 +54,13 @@ void GliderStation::addCockpit(QWidget *vehicle)
     auto *layout = new QVBoxLayout(vehicle);
     layout->addWidget(m_gateway);
     layout->addLayout(row, 1);
-    m_tabs->addTab(m_cockpit->journalView(), tr("Journal"));
-    m_tabs->addTab(m_cockpit->plotView(), tr("Plots"));
-    m_tabs->addTab(m_cockpit->trackView(), tr("Track"));
+    const int journal = m_tabs->addTab(m_cockpit->journalView(), tr("Journal"));
+    const int plots = m_tabs->addTab(m_cockpit->plotView(), tr("Plots"));
+    const int track = m_tabs->addTab(m_cockpit->trackView(), tr("Track"));
+    m_tabs->setTabToolTip(
+        journal, tr("Every command sent to the vehicle and its fate; kept in ~/.toolbox/commands.csv"));
+    m_tabs->setTabToolTip(plots, tr("Telemetry fields against time; kept in ~/.toolbox/telemetry.csv"));
+    m_tabs->setTabToolTip(track, tr("The vehicle's positions; export from the Track menu"));
     menuBar()->addMenu(m_cockpit->menu());
     statusBar()->addWidget(m_cockpit->statusLabel(), 1);
 }
