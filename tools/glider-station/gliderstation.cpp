@@ -1,11 +1,11 @@
 #include "gliderstation.h"
 
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
 #include "gatewaysettings.h"
 #include "glider.h"
-#include "iridiumtcp.h"
 #include "mainwindow.h"
 #include "spp_host_qt.h"
 
@@ -35,22 +35,30 @@ GliderStation::GliderStation(QWidget *parent)
     wire();
 }
 
+// The gateway is reached through its settings group only: the client
+// behind it may be replaced at any time.
 void GliderStation::wire()
 {
-    IridiumTcp *iridium = m_gateway->client();
     connect(m_radio->sppHost(), &SppHost::newPacket, m_glider, &Glider::incomingPell);
     connect(m_glider, &Glider::outgoingPell, m_radio, &MainWindow::sendData);
-    connect(iridium, &IridiumTcp::newData, m_glider, &Glider::incomingSbd);
+    connect(m_gateway, &GatewaySettings::newData, m_glider, &Glider::incomingSbd);
     // The radio tool lists the sending modem and logs the message as well.
-    connect(iridium, &IridiumTcp::newData, m_radio, &MainWindow::incomingSbd);
-    connect(m_glider, &Glider::outgoingSbd, iridium, &IridiumTcp::sendSBD);
+    connect(m_gateway, &GatewaySettings::newData, m_radio, &MainWindow::incomingSbd);
+    connect(m_glider, &Glider::outgoingSbd, m_gateway, &GatewaySettings::sendSBD);
     connect(m_glider, &Glider::gliderPayloadReceived, this, &GliderStation::forwardPayload);
+    connect(m_gateway, &GatewaySettings::stalled, this, &GliderStation::gatewayStalled);
 }
 
 void GliderStation::forwardPayload(const QString &callsign, const QByteArray &payload)
 {
     if (m_gateway->forwardsVardaData())
-        m_gateway->client()->sendPayload(callsign, payload);
+        m_gateway->sendPayload(callsign, payload);
+}
+
+void GliderStation::gatewayStalled(const QString &reason)
+{
+    statusBar()->showMessage(
+        tr("Gateway stalled (%1): dropped that connection and connected afresh").arg(reason));
 }
 
 MainWindow *GliderStation::radio() const

@@ -18,6 +18,12 @@ struct SimOptions {
     bool gateway = true;
     bool pty = false;
     int stations = 4;
+    // Faults on demand: close every modem client (and the pty) each
+    // dropEvery seconds, send that share of frames with a bad CRC, send the
+    // gateway's clients one message with an absurd length.
+    double dropEvery = 0;
+    double corrupt = 0;
+    bool gatewayCorruptLength = false;
 
     // Reads the command line (arguments()[0] is the program). On failure
     // returns false with a message in *error; --help and --version print
