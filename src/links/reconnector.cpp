@@ -1,13 +1,15 @@
 #include "reconnector.h"
 
-Reconnector::Reconnector(QObject *parent)
+Reconnector::Reconnector(QObject *parent, int firstDelayMs, int maxDelayMs, int holdMs)
     : QObject(parent)
+    , m_first(firstDelayMs)
+    , m_max(maxDelayMs)
     , m_retry(this)
     , m_hold(this)
 {
     m_retry.setSingleShot(true);
     m_hold.setSingleShot(true);
-    m_hold.setInterval(HoldMs);
+    m_hold.setInterval(holdMs);
     connect(&m_retry, &QTimer::timeout, this, &Reconnector::retry);
     connect(&m_hold, &QTimer::timeout, this, [this] { m_failures = 0; });
 }
@@ -60,6 +62,8 @@ void Reconnector::stop()
 
 int Reconnector::nextDelayMs() const
 {
-    const int doublings = qMin(m_failures, 5); // 32 s, past the cap
-    return qMin(FirstDelayMs << doublings, MaxDelayMs);
+    int delay = m_first;
+    for (int i = 0; i < m_failures && delay < m_max; i++)
+        delay *= 2;
+    return qMin(delay, m_max);
 }

@@ -5,8 +5,8 @@
 #include <QTimer>
 
 // When to try a lost link again: 1 s after the first failure, doubling up
-// to 30 s, back to 1 s once a connection has held for HoldMs. Disabled, it
-// schedules nothing, which is the default.
+// to 30 s, back to 1 s once a connection has held for 5 s (other times can
+// be given). Disabled, it schedules nothing, which is the default.
 class Reconnector : public QObject
 {
     Q_OBJECT
@@ -15,7 +15,8 @@ public:
     static const int MaxDelayMs = 30000;
     static const int HoldMs = 5000;
 
-    explicit Reconnector(QObject *parent = nullptr);
+    explicit Reconnector(QObject *parent = nullptr, int firstDelayMs = FirstDelayMs,
+        int maxDelayMs = MaxDelayMs, int holdMs = HoldMs);
 
     void setEnabled(bool enabled);
     bool isEnabled() const;
@@ -39,6 +40,8 @@ signals:
 private:
     int nextDelayMs() const;
 
+    const int m_first;
+    const int m_max;
     bool m_enabled = false;
     int m_failures = 0;
     QTimer m_retry;
