@@ -7,9 +7,11 @@ namespace
 
 const char Usage[] = "use tcp:HOST:PORT, udp:HOST:PORT or serial:DEVICE[@BAUD]";
 
+// The text may quote what was typed: kept to one line.
 bool fail(QString *error, const QString &text)
 {
-    *error = text;
+    if (error)
+        *error = text.simplified();
     return false;
 }
 

@@ -23,7 +23,7 @@ struct LinkSpec {
     qint32 baud = DefaultBaud;
 
     // Reads text into *spec. Fails, leaving *spec alone and a one-line
-    // reason in *error, on: an unknown kind, a missing host or device, a
+    // reason in *error (when not null), on: an unknown kind, a missing host or device, a
     // port that is not 1..65535, a baud rate that is not a positive number.
     static bool parse(const QString &text, LinkSpec *spec, QString *error);
 
