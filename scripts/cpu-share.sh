@@ -4,6 +4,7 @@
 #
 #   xvfb-run -a scripts/cpu-share.sh BUILD_DIR RATE [SECONDS] [PORT]
 #
+# RATE 0 leaves the tool unconnected: the baseline of an idle window.
 # Prints: rate, seconds measured, CPU seconds used, share of one core.
 set -eu
 build=$1
@@ -12,11 +13,13 @@ seconds=${3:-60}
 port=${4:-10144}
 ticks=$(getconf CLK_TCK)
 
-"$build/tools/varda-sim/varda-sim" --rate "$rate" --seed 1 --modem-port "$port" \
+"$build/tools/varda-sim/varda-sim" --rate "$([ "$rate" = 0 ] && echo 1 || echo "$rate")" --seed 1 --modem-port "$port" \
     --gateway-port $((port + 1)) 2>/dev/null &
 sim=$!
 sleep 1
-"$build/src/varda-toolbox" --link "tcp:127.0.0.1:$port" >/dev/null 2>&1 &
+link="--link=tcp:127.0.0.1:$port"
+[ "$rate" = 0 ] && link=""
+"$build/src/varda-toolbox" $link >/dev/null 2>&1 &
 tool=$!
 trap 'kill $tool $sim 2>/dev/null' EXIT
 

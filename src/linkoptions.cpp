@@ -1,6 +1,9 @@
 #include "linkoptions.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <cstdio>
 
 #include "mainwindow.h"
 
@@ -43,6 +46,15 @@ bool LinkOptions::read(const QCommandLineParser &parser, QString *error)
         }
     }
     return true;
+}
+
+bool LinkOptions::accept(const QCommandLineParser &parser)
+{
+    QString error;
+    if (read(parser, &error))
+        return true;
+    fprintf(stderr, "%s: %s\n", qPrintable(QCoreApplication::applicationName()), qPrintable(error));
+    return false;
 }
 
 void LinkOptions::applyTo(MainWindow *window) const

@@ -1,8 +1,6 @@
 #include <QApplication>
 #include <QCommandLineParser>
 
-#include <cstdio>
-
 #include "linkoptions.h"
 #include "mainwindow.h"
 #include "stylesheet.h"
@@ -14,11 +12,8 @@ int main(int argc, char *argv[])
     LinkOptions links;
     links.addTo(parser);
     parser.process(app);
-    QString error;
-    if (!links.read(parser, &error)) {
-        fprintf(stderr, "varda-toolbox: %s\n", qPrintable(error));
+    if (!links.accept(parser))
         return 2;
-    }
     app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
     MainWindow window;
     window.show();

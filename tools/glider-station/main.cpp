@@ -1,8 +1,6 @@
 #include <QApplication>
 #include <QCommandLineParser>
 
-#include <cstdio>
-
 #include "gatewaysettings.h"
 #include "gliderstation.h"
 #include "linkoptions.h"
@@ -15,11 +13,8 @@ int main(int argc, char *argv[])
     LinkOptions links(LinkOptions::WithGateway);
     links.addTo(parser);
     parser.process(app);
-    QString error;
-    if (!links.read(parser, &error)) {
-        fprintf(stderr, "glider-station: %s\n", qPrintable(error));
+    if (!links.accept(parser))
         return 2;
-    }
     app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
     GliderStation window;
     window.show();
