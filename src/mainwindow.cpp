@@ -38,10 +38,10 @@ const int RSSI_OFFSET = 200; // header rssi - 200 = dBm
 const int UDP_TICK_MS = 10000;
 const int INDICATOR_MS = 200;
 const int READY_MESSAGE_MS = 5000;
-// Bytes one read takes at most: about 80 frames, some
+// Bytes one read takes at most: about 40 frames, a few
 // milliseconds of work, so a flood never holds the event loop for long. What
 // is left is read on in the next pass of the event loop.
-const qint64 READ_BYTES = 4096;
+const qint64 READ_BYTES = 2048;
 // Lines the terminal keeps, as a terminal's scrollback: a modem that talks
 // without end must not fill the memory.
 const int TERMINAL_LINES = 1000;
