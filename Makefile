@@ -10,7 +10,7 @@ SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
 	LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp \
 	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
-.PHONY: all deps configure build run run-glider test test-plain test-asan clean
+.PHONY: all deps configure build run run-glider package test test-plain test-asan clean
 
 all: build
 
@@ -33,6 +33,11 @@ run-glider: configure
 	@cmake --build $(BUILD) -j $(JOBS) --target glider-station varda-sim
 	@tools/run-with-sim $(BUILD) $(BUILD)/tools/glider-station/glider-station
 
+# The Debian package $(BUILD)/varda-toolbox_<version>-1_<arch>.deb, made by
+# CPack from what the build made.
+package: build
+	@cmake --build $(BUILD) --target package
+
 # The whole suite, then all of it again under the sanitizers.
 test: test-plain test-asan
 
@@ -41,11 +46,12 @@ test-plain: build
 
 # Everything built with AddressSanitizer and UBSan in its own tree, without
 # the fuzz targets (they always run sanitized) and the benchmarks; the
-# "build" test, which only builds the tree once more, is left out.
+# "build" test, which only builds the tree once more, and the format check
+# (nothing to do with the build) are left out.
 test-asan: deps
 	@cmake -S . -B $(ASAN_BUILD) -DVARDA_SANITIZE=ON -DVARDA_BUILD_FUZZ=OFF -DVARDA_BUILD_BENCH=OFF >/dev/null
 	@cmake --build $(ASAN_BUILD) -j $(JOBS)
-	cd $(ASAN_BUILD) && $(SANITIZER_ENV) ctest --output-on-failure -j $(JOBS) -LE build
+	cd $(ASAN_BUILD) && $(SANITIZER_ENV) ctest --output-on-failure -j $(JOBS) -LE 'build|format'
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD)

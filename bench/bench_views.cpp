@@ -120,7 +120,7 @@ struct AttachedView {
 
 void BM_PacketModelAddPacketAtCap(benchmark::State &state)
 {
-    const int rssi = state.range(0) ? -87 : 255;
+    const int rssi = state.range(0) ? -87 : VRD_RSSI_UNKNOWN;
     const bool paint = state.range(1);
     packetModel model;
     AttachedView attached(&model);

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fuzz_app.h"
+#include "fuzz_check.h"
 #include "varda_extension.h"
 
 namespace

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "fuzz_app.h"
+#include "fuzz_check.h"
 #include "varda_extension.h"
 
 namespace

@@ -6,7 +6,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "fuzz_app.h"
+#include "fuzz_check.h"
 #include "nmea.h"
 
 namespace

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "fuzz_app.h"
+#include "fuzz_check.h"
 #include "varda_pp_host.h"
 
 namespace

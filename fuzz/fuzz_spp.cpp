@@ -1,7 +1,8 @@
 // Feeds the same bytes to SppHost and to the plain SPP parser, whole and in
 // input-derived chunks with a change of source between chunks, and aborts
 // when they deliver different frames. Also frames the input with
-// packTransmit and checks that exactly that frame comes back.
+// packTransmit and checks that exactly that frame comes back, and splits
+// every delivered payload into its header and packet bytes.
 #include <stdlib.h>
 #include <string.h>
 
@@ -12,6 +13,7 @@
 #include "fuzz_app.h"
 #include "spp_host_qt.h"
 #include "varda_spp_host.h"
+#include "varda_spp_payload.h"
 
 namespace
 {
@@ -32,9 +34,21 @@ const spp_ctx_t *g_ctx = nullptr;
 
 using fuzz::check;
 
+// The packet bytes are the tail of the payload; a complete header and
+// they make up the whole of it.
+void checkSplit(uint8_t type, const uint8_t *payload, uint16_t len)
+{
+    varda_spp_payload_t out;
+    const varda_spp_payload_result_t result = varda_spp_split_payload(type, payload, len, &out);
+    check(out.payload >= payload && out.payload + out.payload_len == payload + len);
+    check(result != VARDA_SPP_PAYLOAD_OK || out.header_len + out.payload_len == len);
+    check(out.extension == ((out.varda_flags & VARDA_FLAG_EXTENSION) != 0));
+}
+
 void onPlainFrame(uint8_t type, uint8_t *payload, uint16_t len)
 {
     check(payload == g_ctx->d + SPP_HEADER_LEN && len <= 255);
+    checkSplit(type, payload, len);
     g_plain.push_back(Frame { type, std::vector<uint8_t>(payload, payload + len), QString() });
 }
 

@@ -32,7 +32,6 @@ namespace
 
 const char *const Vehicle = "RLHB-1";
 const char *const VehicleImei = "300100000000000";
-const uint8_t ExtensionFlag = 0x01; // varda_flags bit 0: extension sub-packets
 
 template <typename Record> QByteArray bytesOf(const Record &record)
 {
@@ -432,12 +431,13 @@ void radioSeeds(CorpusWriter &out)
     const QByteArray command = commandChain("ALPHA-1", "ping");
     const QByteArray reply = replyChain("ALPHA-1", "pong");
     const QByteArray telemetry = vehicleChain(Vehicle, pellTelemetry(), true);
-    const QByteArray rxBeacon = sppFrame(SPP_TYPE_RX, received(beacon, ExtensionFlag));
-    const QByteArray rxTelemetry = sppFrame(SPP_TYPE_RX, received(telemetry, ExtensionFlag));
-    const QByteArray localBeacon = sppFrame(SPP_TYPE_LOCAL, char(ExtensionFlag) + beaconChain("BASE-1", 200));
-    const QByteArray txCommand = SppHost::packTransmit(command, ExtensionFlag);
+    const QByteArray rxBeacon = sppFrame(SPP_TYPE_RX, received(beacon, VARDA_FLAG_EXTENSION));
+    const QByteArray rxTelemetry = sppFrame(SPP_TYPE_RX, received(telemetry, VARDA_FLAG_EXTENSION));
+    const QByteArray localBeacon
+        = sppFrame(SPP_TYPE_LOCAL, char(VARDA_FLAG_EXTENSION) + beaconChain("BASE-1", 200));
+    const QByteArray txCommand = SppHost::packTransmit(command, VARDA_FLAG_EXTENSION);
     const QByteArray txVehicle
-        = SppHost::packTransmit(vehicleChain(Vehicle, sonarBlock(), false), ExtensionFlag);
+        = SppHost::packTransmit(vehicleChain(Vehicle, sonarBlock(), false), VARDA_FLAG_EXTENSION);
 
     out.add("fuzz_spp", "rx_beacon", rxBeacon);
     out.add("fuzz_spp", "rx_vehicle_telemetry", rxTelemetry);
@@ -447,8 +447,9 @@ void radioSeeds(CorpusWriter &out)
     out.add("fuzz_spp", "tx_vehicle_commands", txVehicle);
     out.add("fuzz_spp", "modem_command", SppHost::packCommand("status"));
     out.add("fuzz_spp", "session",
-        concat({ localBeacon, txCommand, localBeacon, sppFrame(SPP_TYPE_RX, received(reply, ExtensionFlag)),
-            QByteArray("\r\nnoise\r\n"), rxBeacon }));
+        concat({ localBeacon, txCommand, localBeacon,
+            sppFrame(SPP_TYPE_RX, received(reply, VARDA_FLAG_EXTENSION)), QByteArray("\r\nnoise\r\n"),
+            rxBeacon }));
 
     out.add("fuzz_pp", "beacon", ppFrame(beacon));
     out.add("fuzz_pp", "text", ppFrame("BASE-1 status ok"));
@@ -475,7 +476,7 @@ void vehicleSeeds(CorpusWriter &out)
     out.add("fuzz_glider_payload", "stepped_over", steppedOverRecords());
     out.add("fuzz_glider_payload", "sonar_reports", sonarRecords());
     out.add("fuzz_glider_payload", "radio_ext_telemetry",
-        received(vehicleChain(Vehicle, pell, true), ExtensionFlag));
+        received(vehicleChain(Vehicle, pell, true), VARDA_FLAG_EXTENSION));
     out.add("fuzz_glider_payload", "radio_raw_telemetry", received(iridiumTelemetry(), 0));
 
     out.add("fuzz_sim_vehicle", "settings", settingsBlock());
@@ -504,10 +505,10 @@ void modemClientSeeds(CorpusWriter &out)
         concat({ SppHost::packCommand("stations"), SppHost::packCommand("call BASE-2"),
             SppHost::packCommand("beacon"), SppHost::packCommand("call") }));
     out.add("fuzz_sim_modem", "station_commands",
-        SppHost::packTransmit(commandChain("ALPHA-1", "status"), ExtensionFlag)
-            + SppHost::packTransmit(commandChain("BRAVO-2", "uptime"), ExtensionFlag));
+        SppHost::packTransmit(commandChain("ALPHA-1", "status"), VARDA_FLAG_EXTENSION)
+            + SppHost::packTransmit(commandChain("BRAVO-2", "uptime"), VARDA_FLAG_EXTENSION));
     out.add("fuzz_sim_modem", "vehicle_commands",
-        SppHost::packTransmit(vehicleChain(Vehicle, settingsBlock(), false), ExtensionFlag));
+        SppHost::packTransmit(vehicleChain(Vehicle, settingsBlock(), false), VARDA_FLAG_EXTENSION));
     // Heard over the air by the simulated station.
     out.add("fuzz_sim_modem", "heard_command", commandChain("ALPHA-1", "version"));
 }

@@ -3,15 +3,15 @@
 
 # --- radio protocol ---
 varda_fuzz_target(fuzz_spp varda)
-varda_fuzz_target(fuzz_pp varda)
-varda_fuzz_target(fuzz_ext_codec varda)
-varda_fuzz_target(fuzz_callsign varda)
+varda_fuzz_target(fuzz_pp varda_wire)
+varda_fuzz_target(fuzz_ext_codec varda_wire)
+varda_fuzz_target(fuzz_callsign varda_wire)
 # --- extension decoding ---
 varda_fuzz_target(fuzz_extension_decode varda)
 # --- vehicle ---
 varda_fuzz_target(fuzz_glider_payload glider_common)
 # --- gateway and NMEA ---
-varda_fuzz_target(fuzz_nmea vehicle_wire Qt5::Core)
+varda_fuzz_target(fuzz_nmea vehicle_wire)
 varda_fuzz_target(fuzz_iridium_framing gateway_client)
 # --- simulator ---
 if(PROJECT_NAME STREQUAL "VardaFuzz" AND NOT TARGET varda_sim_core)

@@ -1,17 +1,15 @@
 #include "linkoptions.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
-
-#include <cstdio>
 
 #include "mainwindow.h"
 
 LinkOptions::LinkOptions(Gateway gateway)
     : m_gateway(gateway)
     , m_link_option(QStringLiteral("link"),
-          QStringLiteral("Connects to the modem at start: tcp:HOST:PORT, udp:HOST:PORT or "
-                         "serial:DEVICE[@BAUD] (38400 baud unless given)."),
+          QStringLiteral(
+              "Connects to the modem at start: tcp:HOST:PORT, udp:HOST:PORT or "
+              "serial:DEVICE[@BAUD] (38400 baud unless given). By default nothing is connected at start."),
           QStringLiteral("link"))
     , m_reconnect_option(QStringLiteral("reconnect"),
           gateway == WithGateway
@@ -20,7 +18,9 @@ LinkOptions::LinkOptions(Gateway gateway)
               : QStringLiteral("Tries a lost or failed link again after 1 s, doubling to 30 s, "
                                "until Disconnect is pressed."))
     , m_gateway_option(QStringLiteral("gateway"),
-          QStringLiteral("Connects to the Iridium gateway on HOST at start."), QStringLiteral("host"))
+          QStringLiteral(
+              "Connects to the Iridium gateway on HOST at start (by default it waits for Connect)."),
+          QStringLiteral("host"))
 {
 }
 
@@ -46,15 +46,6 @@ bool LinkOptions::read(const QCommandLineParser &parser, QString *error)
         }
     }
     return true;
-}
-
-bool LinkOptions::accept(const QCommandLineParser &parser)
-{
-    QString error;
-    if (read(parser, &error))
-        return true;
-    fprintf(stderr, "%s: %s\n", qPrintable(QCoreApplication::applicationName()), qPrintable(error));
-    return false;
 }
 
 void LinkOptions::applyTo(MainWindow *window) const

@@ -22,8 +22,6 @@ public:
     void addTo(QCommandLineParser &parser) const;
     // False with a one-line message when --link names no usable link.
     bool read(const QCommandLineParser &parser, QString *error);
-    // read, printing the message as "program: message" on standard error.
-    bool accept(const QCommandLineParser &parser);
     // Connects the window as the options ask.
     void applyTo(MainWindow *window) const;
 

@@ -1,19 +1,28 @@
 #include <QApplication>
-#include <QCommandLineParser>
 
+#include "commandline.h"
+#include "desktopidentity.h"
 #include "linkoptions.h"
 #include "mainwindow.h"
 #include "stylesheet.h"
 
 int main(int argc, char *argv[])
 {
-    QApplication app(argc, argv);
-    QCommandLineParser parser;
+    CommandLine cli("varda-toolbox",
+        "Operator's tool for a Varda packet-radio network: connects to the local Varda radio modem over a "
+        "serial port, TCP or UDP, lists the stations heard and every packet, and sends modem and station "
+        "commands from its terminal.");
+    cli.acceptToolkitOptions();
     LinkOptions links;
-    links.addTo(parser);
-    parser.process(app);
-    if (!links.accept(parser))
-        return 2;
+    links.addTo(cli.parser());
+    if (!cli.parse(argc, argv))
+        return cli.exitCode();
+    QString error;
+    if (!links.read(cli.parser(), &error))
+        return cli.refuse(error);
+
+    QApplication app(argc, argv);
+    setDesktopIdentity("varda-toolbox");
     app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
     MainWindow window;
     window.show();

@@ -17,8 +17,6 @@
 #include <QStatusBar>
 #include <QTextCursor>
 
-#include <string.h>
-
 #include "blinkschedule.h"
 #include "linkstatus.h"
 #include "packetmodel.h"
@@ -27,14 +25,11 @@
 #include "stationlistmodel.h"
 #include "varda_extension.h"
 #include "varda_extension_qt.h"
-#include "varda_spp_host.h"
+#include "varda_spp_payload.h"
 
 namespace
 {
 
-const uint8_t FLAG_EXTENSION = 0x01; // varda_flags bit 0: extension sub-packets follow
-const int RSSI_UNKNOWN = 255;
-const int RSSI_OFFSET = 200; // header rssi - 200 = dBm
 const int UDP_TICK_MS = 10000;
 const int INDICATOR_MS = 200;
 const int READY_MESSAGE_MS = 5000;
@@ -55,21 +50,6 @@ const char LINK_UDP[] = "UDP";
 
 const char TERMINAL_MODES[][32]
     = { "Dumb terminal (local)", "SPP cmd (local)", "Ext. cmd (select below)", "Ext. data (select below)" };
-
-// Copies the header in front of an SPP payload and moves past it. A payload
-// shorter than its header is all header: the missing bytes read as zero, so
-// such a frame carries no extension flag and no packet bytes.
-template <typename Header> Header stripHeader(const uint8_t *&d, uint16_t &d_len)
-{
-    Header header;
-    memset(&header, 0, sizeof header);
-    const uint16_t n = qMin<uint16_t>(d_len, sizeof header);
-    if (n > 0)
-        memcpy(&header, d, n);
-    d += n;
-    d_len -= n;
-    return header;
-}
 
 template <typename Widget> Widget *newLinkWidget(const char *name, QWidget *parent)
 {
@@ -391,7 +371,7 @@ void MainWindow::openSerial()
     m_serial->setPortName(serialPortCombo->currentText());
     m_serial->setBaudRate(serialBaudText->text().toInt());
     if (!m_serial->open(QIODevice::ReadWrite)) {
-        qDebug().noquote() << "Port NOT opened:" << m_serial->errorString();
+        qDebug() << "Port NOT opened:" << m_serial->errorString();
         linkFailed(tr("port cannot be opened: %1").arg(m_serial->errorString()));
         return;
     }
@@ -414,11 +394,11 @@ bool MainWindow::resolvePeer()
     }
     const QHostInfo info = QHostInfo::fromName(host);
     if (info.error() != QHostInfo::NoError || info.addresses().isEmpty()) {
-        qDebug().noquote() << "DNS lookup failed:" << info.errorString();
+        qDebug() << "DNS lookup failed:" << info.errorString();
         return false;
     }
     m_ip_address = info.addresses().constFirst();
-    qDebug().noquote() << "DNS lookup success:" << m_ip_address.toString();
+    qDebug() << "DNS lookup success:" << m_ip_address.toString();
     return true;
 }
 
@@ -471,7 +451,7 @@ void MainWindow::serialPortError(QSerialPort::SerialPortError error)
         return;
     if (m_active_connection != SERIAL || !m_serial->isOpen())
         return;
-    qWarning().noquote() << "Serial port lost:" << m_serial->errorString();
+    qWarning() << "Serial port lost:" << m_serial->errorString();
     const QString reason = m_serial->errorString();
     closeConnection();
     statusBar()->showMessage(tr("Serial port lost!"));
@@ -594,44 +574,41 @@ void MainWindow::packetIndicatorStop()
     m_blue = false;
 }
 
+// A payload too short for its header counts as all header: no extension
+// flag, no packet bytes (see varda_spp_split_payload). A transmit request
+// (type 1) never comes from the modem and is logged as an unknown type.
 void MainWindow::handleSppPacket(uint8_t type, const uint8_t *d, uint16_t d_len, const QString &path)
 {
-    int rssi = RSSI_UNKNOWN;
+    varda_spp_payload_t pkt;
+    varda_spp_split_payload(type, d, d_len, &pkt);
+    const bool radio = type == SPP_TYPE_RX || type == SPP_TYPE_LOCAL;
     QStringList paths { path };
     VardaExtension ext;
     QString content = QStringLiteral("spp(");
-    bool has_ext = false;
 
+    if (radio)
+        ext.parse(pkt.payload, pkt.payload_len);
     switch (type) {
-    case SPP_TYPE_RX: {
-        const auto header = stripHeader<spp_rxhdr_t>(d, d_len);
-        ext.parse(d, d_len);
-        rssi = int(header.rssi) - RSSI_OFFSET;
-        paths.prepend(QStringLiteral("rx(%1)").arg(rssi));
+    case SPP_TYPE_RX:
+        paths.prepend(QStringLiteral("rx(%1)").arg(pkt.rssi_dbm));
         content += QLatin1String("rx)");
-        has_ext = header.varda_flags & FLAG_EXTENSION;
         break;
-    }
-    case SPP_TYPE_LOCAL: {
-        const auto header = stripHeader<spp_txhdr_t>(d, d_len);
-        ext.parse(d, d_len);
+    case SPP_TYPE_LOCAL:
         paths.prepend(QStringLiteral("local"));
         content += QLatin1String("local)");
-        has_ext = header.varda_flags & FLAG_EXTENSION;
         break;
-    }
     case SPP_TYPE_CMD:
         paths.prepend(QStringLiteral("local"));
         content += QLatin1String("cmd)");
         if (m_config_mode == SPP_CMD)
-            appendTerminal(QString::fromLatin1(reinterpret_cast<const char *>(d), d_len));
+            appendTerminal(QString::fromLatin1(reinterpret_cast<const char *>(pkt.payload), pkt.payload_len));
         break;
     default:
         // Unknown types are logged as they are; the summary stays open.
         break;
     }
 
-    if (has_ext) {
+    if (radio && pkt.extension) {
         handleExt(ext, paths);
         content += QLatin1String(", ext(") + ext.getExtensionTypeStrings().join(QLatin1String(", "))
             + QLatin1Char(')');
@@ -639,8 +616,8 @@ void MainWindow::handleSppPacket(uint8_t type, const uint8_t *d, uint16_t d_len,
 
     if (type == SPP_TYPE_LOCAL && ui->ignoreLocalBox->isChecked())
         return;
-    m_packet_model->addPacket(
-        ui->packetTable, ext.getSource(), paths.join(QLatin1String(", ")), rssi, d_len, content);
+    m_packet_model->addPacket(ui->packetTable, ext.getSource(), paths.join(QLatin1String(", ")), pkt.rssi_dbm,
+        radio ? pkt.payload_len : d_len, content);
     packetIndicatorStart();
 }
 
@@ -674,7 +651,7 @@ void MainWindow::incomingSbd(const QString &imei, const QByteArray &data)
 {
     stationFor(imei)->updateTime(QDateTime::currentDateTime());
     m_packet_model->addPacket(
-        ui->packetTable, imei, QStringLiteral("iridium"), RSSI_UNKNOWN, data.size(), QString());
+        ui->packetTable, imei, QStringLiteral("iridium"), VRD_RSSI_UNKNOWN, data.size(), QString());
 }
 
 void MainWindow::appendTerminal(const QString &text)
@@ -734,9 +711,8 @@ QByteArray MainWindow::packExtCommand(const QString &command)
     VardaExtension ext;
     if (!m_this_station.isEmpty())
         ext.addSource(m_this_station, ++m_seq_nr);
-    ext.addDestination(m_active_station);
-    ext.addCommand(command);
-    return SppHost::packTransmit(ext.getPacket(), FLAG_EXTENSION);
+    ext.addCommandRequest(m_active_station, command);
+    return SppHost::packTransmit(ext.getPacket(), VARDA_FLAG_EXTENSION);
 }
 
 void MainWindow::setActiveStation(const QString &callsign)
@@ -759,7 +735,7 @@ void MainWindow::terminalStationChanged(int index)
     if (callsign == m_active_station)
         return;
     setActiveStation(callsign);
-    qDebug().noquote() << "Select finished. Active station" << callsign;
+    qDebug() << "Select finished. Active station" << callsign;
 }
 
 // A typed destination need not be in the list; it is upper-cased.
@@ -770,7 +746,7 @@ void MainWindow::terminalStationChanged()
         return;
     setActiveStation(callsign);
     ui->terminalSelectActive->setEditText(callsign);
-    qDebug().noquote() << "Edit finished. Active station" << callsign;
+    qDebug() << "Edit finished. Active station" << callsign;
 }
 
 void MainWindow::selectStationTree(const QModelIndex &index)

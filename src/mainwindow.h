@@ -131,14 +131,14 @@ private:
     uint8_t m_seq_nr = 0; // the first command carries 1
     ConfigMode m_config_mode;
     ConnectionType m_active_connection;
-    bool m_ignore_local_packets = false;
+    bool m_ignore_local_packets = false; // kept on purpose: the check box is what is consulted
     QHostAddress m_ip_address;
-    IridiumTcp *m_iridium_tcp = nullptr;
+    IridiumTcp *m_iridium_tcp = nullptr; // kept on purpose: this window creates no gateway client
     QUdpSocket udpSocket;
     QTcpSocket tcpSocket;
     std::unique_ptr<SppHost> m_spp_host;
     QTimer m_udp_tick_timer;
-    QLabel *m_packet_inducator;
+    QLabel *m_packet_inducator; // the activity icon; the name is spelt so on purpose
     // Loaded once: looking the image up again for every packet would cost
     // more than the rest of the blink.
     QPixmap m_icon_active;

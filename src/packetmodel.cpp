@@ -4,11 +4,12 @@
 #include <QProgressBar>
 #include <QStandardItem>
 
+#include "varda_packets.h"
+
 namespace
 {
 
 const int MAX_ROWS = 200;
-const int RSSI_UNKNOWN = 255;
 const int RSSI_MIN_DBM = -140;
 const int RSSI_MAX_DBM = -20;
 
@@ -61,7 +62,7 @@ void packetModel::addPacket(QAbstractItemView *view, const QString &callsign, co
     // The view keeps its index widgets on persistent indexes: the bar moves
     // down with its row and goes when the row is removed.
     const bool shown = view && view->model() == this;
-    if (rssi != RSSI_UNKNOWN && shown)
+    if (rssi != VRD_RSSI_UNKNOWN && shown)
         view->setIndexWidget(index(0, RSSI), rssiBar(rssi));
     while (rowCount() > MAX_ROWS) {
         if (shown)

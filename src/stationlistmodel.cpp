@@ -3,6 +3,7 @@
 #include <QStandardItemModel>
 
 #include "varda_extension_qt.h"
+#include "varda_packets.h"
 
 namespace
 {
@@ -10,7 +11,6 @@ namespace
 enum Column { CALLSIGN, LAST_ACTIVITY, PATH, COLUMNS };
 
 const int DELTA_TIME_TICK_MS = 1000;
-const int RSSI_UNKNOWN = 255;
 
 } // namespace
 
@@ -27,7 +27,7 @@ Station::Station(StationListModel *parent, const QString &callsign)
     , m_extension(new QStandardItemModel(0, 2, this))
     , m_callsign(callsign)
     , m_last_activity(QDateTime::currentDateTime())
-    , m_rssi(RSSI_UNKNOWN)
+    , m_rssi(VRD_RSSI_UNKNOWN)
 {
     m_extension->setHorizontalHeaderLabels({ "Property", "Value" });
 }
@@ -57,11 +57,6 @@ QStringList Station::getPaths() const
 quint32 Station::getAge() const
 {
     return quint32(m_last_activity.secsTo(QDateTime::currentDateTime()));
-}
-
-int Station::getRssi() const
-{
-    return m_rssi;
 }
 
 void Station::update(const QDateTime &time, const VardaExtension &ext, const QStringList &paths)

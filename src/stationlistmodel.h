@@ -14,7 +14,8 @@ class QStandardItemModel;
 class StationListModel;
 class VardaExtension;
 
-// "%u:%02u:%02u": hours unpadded, minutes and seconds two digits.
+// "%u:%02u:%02u": hours unpadded, minutes and seconds two digits. Kept on
+// purpose: the list shows ages with VardaExtension::secondsToDhms.
 QString toHms(unsigned int sec);
 
 // A heard station: its callsign (or IMEI), when it was last heard, by which
@@ -31,7 +32,6 @@ public:
     QString getTimeString() const;
     QStringList getPaths() const;
     quint32 getAge() const;
-    int getRssi() const;
 
     void update(const QDateTime &time, const VardaExtension &ext, const QStringList &paths);
     void updateTime(const QDateTime &time);
@@ -44,7 +44,7 @@ private:
     QStandardItemModel *m_extension;
     QString m_callsign;
     QDateTime m_last_activity;
-    int m_rssi;
+    int m_rssi; // kept on purpose: 255 from construction, nothing updates it
     QStringList m_paths;
 };
 

@@ -101,7 +101,8 @@ private slots:
         GliderStation station;
         station.show();
         w<QCheckBox>(&station, "relayhubForwardVarda")->setChecked(true);
-        QVERIFY(connectTo(&station, "TCP", m_sim.modemPort) && connectTo(&station, "Iridium"));
+        QVERIFY(connectTo(&station, "TCP", m_sim.modemPort));
+        QVERIFY(connectTo(&station, "Iridium"));
         for (const char *name : { "Last cmd. seq.", "Lat", "CTD salinity", "CO2 (mg/l)", "Light (µV)" })
             QTRY_VERIFY2_WITH_TIMEOUT(listed(&station, "telemetryTableView", name), name, WaitMs);
         // Samples go to telemetry.txt; the sonar, which runs now and then, to event.txt.

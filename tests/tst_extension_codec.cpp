@@ -64,18 +64,20 @@ private slots:
         QCOMPARE(int(p.pl_len), 220);
         p.pl_len = 209;
         vrd_ext_append_pkt(&p, VRD_EXT_TEXT, bytes(text), 10);
-        QVERIFY(!vrd_ext_allocate_pkt(&p, VRD_EXT_TEXT, 10) && p.pl_len == 209);
+        QVERIFY(!vrd_ext_allocate_pkt(&p, VRD_EXT_TEXT, 10));
+        QVERIFY(p.pl_len == 209);
         uint16_t used = 0;
         vrd_ext_append_buffer(p.pl, &used, 12, VRD_EXT_DATA, bytes(text), 10);
         vrd_ext_append_buffer(p.pl, &used, 14, VRD_EXT_DATA, bytes(text), 1);
-        QVERIFY(vrd_ext_allocate_buffer(p.pl, &used, 400, VRD_EXT_DATA, 300) == p.pl + 14 && used == 314);
+        QVERIFY(vrd_ext_allocate_buffer(p.pl, &used, 400, VRD_EXT_DATA, 300) == p.pl + 14);
+        QCOMPARE(used, uint16_t(314));
         // The size byte of the 300-byte one holds the low 8 bits.
         QCOMPARE(QByteArray(reinterpret_cast<const char *>(p.pl), VRD_PKT_BUFFER),
             sub(VRD_EXT_DATA, text) + QByteArray("\0\x2c", 2) + room.mid(14, 194) + sub(VRD_EXT_TEXT, text)
                 + room.mid(220));
     }
 
-    // Encoded (hex) or refused (empty), then decoded within the 11 bytes the caller provides.
+    // Encoded (hex) or refused (empty: nothing packed), then decoded within the 11 bytes the caller provides.
     void callsigns_data()
     {
         QTest::addColumn<QString>("text"); // null: decoding only
@@ -88,6 +90,7 @@ private slots:
         QTest::newRow("two digit SSID") << "AB-12" << "86200000000C" << "AB-12";
         QTest::newRow("SSID above 63") << "AB-99" << "862000000023" << "AB-35";
         QTest::newRow("third digit not read") << "AB-123" << "86200000000C" << "AB-12";
+        QTest::newRow("dash alone") << "AB-" << "" << "";
         QTest::newRow("letter SSID") << "AB-x" << "" << "";
         QTest::newRow("digit then letter") << "AB-7x" << "" << "";
         QTest::newRow("all ones: longest text") << QString() << "FFFFFFFFFFFF" << "_______-63";
@@ -102,10 +105,12 @@ private slots:
         const QByteArray enc = QByteArray::fromHex(encoded.toLatin1());
         if (!text.isNull()) {
             uint8_t out[VRD_CALLSIGN_ENC_LEN];
+            memset(out, 0xAA, sizeof out);
             QCOMPARE(vrd_ext_encode_callsign(out, text.toLatin1().constData()), !enc.isEmpty());
+            const QByteArray packed(reinterpret_cast<const char *>(out), sizeof out);
+            QCOMPARE(packed, enc.isEmpty() ? QByteArray(sizeof out, '\xAA') : enc);
             if (enc.isEmpty())
                 return;
-            QCOMPARE(QByteArray(reinterpret_cast<const char *>(out), sizeof out), enc);
         }
         char back[VRD_CALLSIGN_TEXT_LEN + 4];
         memset(back, 0x7F, sizeof back);

@@ -27,7 +27,7 @@ const auto fromRlhb1 = [](const QByteArray &payload) {
     return rx(1, bytes("01 07") + RLHB1 + char(0x2A) + bytes("00") + char(payload.size()) + payload);
 };
 
-class TestGlider : public QObject
+class tst_Glider : public QObject
 {
     Q_OBJECT
     inline static QStringList s_debug;
@@ -202,7 +202,8 @@ private slots:
         set("activeLinkCombo=Iridium;queueEnabled=1;powerChannel=Pell");
         for (const char *button : { "powerSet", "cardOpen", "sonarSleep" })
             press(button);
-        QVERIFY(m_sbd->isEmpty() && w<QLabel>("queueItemsLabel")->text() == "3");
+        QVERIFY(m_sbd->isEmpty());
+        QCOMPARE(w<QLabel>("queueItemsLabel")->text(), QString("3"));
         press("queueSendNow");
         const uint8_t first = uint8_t(w<QLabel>("ackLabel")->text().toInt() - 2);
         const QByteArray block = bytes("02") + char(first) + bytes("10 60 0A") + char(first + 1)
@@ -235,7 +236,9 @@ private slots:
         QCOMPARE(pell.takeFirst().at(0).toByteArray().mid(5), // behind the SPP header
             bytes("01 06 06") + RLHB1 + bytes("00 D0") + block.left(208)); // flags 1, destination, data
         int out[2], saved = dup(STDOUT_FILENO); // standard output goes into a pipe while the block is sent
-        QVERIFY(fflush(stdout) == 0 && pipe(out) == 0 && dup2(out[1], STDOUT_FILENO) >= 0);
+        QVERIFY(fflush(stdout) == 0);
+        QVERIFY(pipe(out) == 0);
+        QVERIFY(dup2(out[1], STDOUT_FILENO) >= 0);
         m_glider->sendData(reinterpret_cast<const uint8_t *>(block.constData()), 209);
         fflush(stdout);
         dup2(saved, STDOUT_FILENO);
@@ -314,5 +317,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestGlider)
+QTEST_MAIN(tst_Glider)
 #include "tst_glider.moc"

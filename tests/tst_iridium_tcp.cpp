@@ -17,7 +17,7 @@ static Bytes message(const char *typeHex, const Bytes &content)
     return char(content.size() + 4) + Bytes(3, '\0') + Bytes::fromHex(typeHex) + content;
 }
 
-class TstIridiumTcp : public QObject
+class tst_IridiumTcp : public QObject
 {
     Q_OBJECT
 private slots:
@@ -39,7 +39,8 @@ private slots:
             return button->text() + QString(" %1 %2").arg(host->isEnabled()).arg(state.last().at(0).toBool());
         };
         QTest::mouseClick(button, Qt::LeftButton);
-        QTRY_VERIFY(server.hasPendingConnections() && state.count() == 1);
+        QTRY_VERIFY(server.hasPendingConnections());
+        QTRY_COMPARE(state.count(), 1);
         const std::unique_ptr<QTcpSocket> peer(server.nextPendingConnection());
         QCOMPARE(shown(), QString("Disconnect 0 1"));
 
@@ -53,8 +54,8 @@ private slots:
         QCOMPARE(client.sendPayload(QString::fromUtf8("ÆØÅÆØÅ"), "p"), 4 + 4 + 12 + 1);
         QCOMPARE(client.sendPayload("LA1ABC-1234", "p"), 0);
         QCOMPARE(client.send(IridiumTcp::SBDTXRequest, Bytes()), 8);
-        QVERIFY(s_log.contains("Sending 2 B over Iridium: \"hi\"")
-            && s_log.contains("Callsign si too large (11): LA1ABC-1234"));
+        QVERIFY(s_log.contains("Sending 2 B over Iridium: \"hi\""));
+        QVERIFY(s_log.contains("Callsign si too large (11): LA1ABC-1234"));
         QTRY_COMPARE(received,
             message(SBD, IMEI + Bytes(1, '\0') + "hi") + message(SBD, IMEI + Bytes("\x01"))
                 + message(RAW, Bytes("LA1ABC-123\0\x01\x02", 13)) + message(RAW, Bytes("ÆØÅÆØÅp"))
@@ -88,5 +89,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstIridiumTcp)
+QTEST_MAIN(tst_IridiumTcp)
 #include "tst_iridium_tcp.moc"

@@ -23,7 +23,7 @@ QByteArray numbered(int first, int count = 1)
 
 } // namespace
 
-class TestLinkFaults : public QObject
+class tst_LinkFaults : public QObject
 {
     Q_OBJECT
 
@@ -51,7 +51,8 @@ private slots:
         QFETCH(int, lost);
         Modem modem { Modem::Link(link) };
         WindowDriver driver;
-        QVERIFY(modem.open() && driver.connectTo(&modem));
+        QVERIFY(modem.open());
+        QVERIFY(driver.connectTo(&modem));
         const QByteArray before = numbered(0, 2) + numbered(2).left(cut);
         modem.send(before.left(30)); // F01 split
         modem.send(before.mid(30));
@@ -61,7 +62,7 @@ private slots:
         QCOMPARE(modem.waitForFrames(1).value(0).payload, QByteArray("ver"));
 
         if (link == Modem::Serial)
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^Serial port lost: "));
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^Serial port lost: \""));
         modem.drop();
         if (link == Modem::Udp) {
             driver.typeCommand("ver"); // UDP knows no connection: this goes into the void
@@ -73,7 +74,8 @@ private slots:
             QVERIFY(link == Modem::Tcp || !driver.window.findChild<QSerialPort *>()->isOpen());
         }
 
-        QVERIFY(modem.open() && driver.connectTo(&modem));
+        QVERIFY(modem.open());
+        QVERIFY(driver.connectTo(&modem));
         modem.send(numbered(3, 14));
         QTRY_COMPARE_WITH_TIMEOUT(driver.cell("packetTable", 0, 0), QStringLiteral("F16"), LINK_WAIT_MS);
         QStringList logged, expected;
@@ -92,5 +94,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestLinkFaults)
+QTEST_MAIN(tst_LinkFaults)
 #include "tst_link_faults.moc"

@@ -137,7 +137,8 @@ private slots:
         const int frames = 20000;
         Modem modem;
         WindowDriver driver;
-        QVERIFY(modem.open() && driver.connectTo(&modem));
+        QVERIFY(modem.open());
+        QVERIFY(driver.connectTo(&modem));
         QStringList sent, logged;
         QByteArray flood;
         for (int n = 0; n < frames; n++) {

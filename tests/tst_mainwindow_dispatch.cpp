@@ -15,7 +15,7 @@ static void send(WindowDriver &driver, const QByteArrayList &frames)
 }
 
 // Packets from the framing host, as the log, the station list, the local callsign and the terminal show them.
-class TestMainWindowDispatch : public QObject
+class tst_MainWindowDispatch : public QObject
 {
     Q_OBJECT
 
@@ -99,7 +99,8 @@ private slots:
         const auto *indicator = driver.find<QLabel>("m_packet_inducator");
         const qint64 idle = indicator->pixmap(Qt::ReturnByValue).cacheKey();
         send(driver, { localFrame(1, src("ALPHA-1", 1)) });
-        QVERIFY(driver.rows("packetTable") == 0 && driver.rows("stationsTable") == 1);
+        QCOMPARE(driver.rows("packetTable"), 0);
+        QCOMPARE(driver.rows("stationsTable"), 1);
         QCOMPARE(indicator->pixmap(Qt::ReturnByValue).cacheKey(), idle);
         send(driver, { rxFrame(113, 1, src("BRAVO-2", 1)), replyFrame("ok") });
         QCOMPARE(driver.rows("packetTable"), 2);
@@ -127,5 +128,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestMainWindowDispatch)
+QTEST_MAIN(tst_MainWindowDispatch)
 #include "tst_mainwindow_dispatch.moc"

@@ -24,7 +24,7 @@ bool showsIcon(const WindowDriver &driver, const char *resource)
 
 } // namespace
 
-class TestMainWindowLinks : public QObject
+class tst_MainWindowLinks : public QObject
 {
     Q_OBJECT
 
@@ -57,8 +57,8 @@ private slots:
         QTest::addColumn<QString>("host");
         QTest::addColumn<QString>("line");
         QTest::newRow("ipv4 literal") << QString("127.0.0.1") << "Valid IPv4 address.";
-        QTest::newRow("ipv6 literal is looked up") << QString("::1") << "DNS lookup success: ::1";
-        QTest::newRow("invalid name") << QString("no such host!") << "DNS lookup failed:";
+        QTest::newRow("ipv6 literal is looked up") << QString("::1") << "DNS lookup success: \"::1\"";
+        QTest::newRow("invalid name") << QString("no such host!") << "DNS lookup failed: \"";
     }
 
     void hostResolution()
@@ -78,7 +78,9 @@ private slots:
     {
         Modem peer(Modem::Udp), second(Modem::Udp);
         WindowDriver driver;
-        QVERIFY(peer.open() && second.open() && driver.connectTo(&peer));
+        QVERIFY(peer.open());
+        QVERIFY(second.open());
+        QVERIFY(driver.connectTo(&peer));
         peer.send(rxFrame(140, 1, src("BRAVO-2", 1)));
         QTRY_COMPARE(driver.rows("packetTable"), 1);
         QVERIFY(showsIcon(driver, BLUE));
@@ -98,10 +100,11 @@ private slots:
         WindowDriver driver;
         driver.choose("linkTypeCombo", "Serial");
         driver.setField("serialPortCombo", modem.dir.filePath("no-such-port"));
-        QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Port NOT opened: "));
+        QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Port NOT opened: \""));
         driver.pressConnect();
         QCOMPARE(driver.connectText(), QStringLiteral("Connect"));
-        QVERIFY(modem.open() && driver.connectTo(&modem));
+        QVERIFY(modem.open());
+        QVERIFY(driver.connectTo(&modem));
         const auto *port = driver.window.findChild<QSerialPort *>();
         QCOMPARE(port->baudRate(), 38400);
         driver.choose("linkTypeCombo", "TCP");
@@ -109,5 +112,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestMainWindowLinks)
+QTEST_MAIN(tst_MainWindowLinks)
 #include "tst_mainwindow_links.moc"

@@ -19,7 +19,7 @@ QByteArray extCommand(const QString &source, uint8_t seq, const QString &destina
 } // namespace
 
 // Commands typed in the terminal as a modem on TCP receives them, and the destination station.
-class TestMainWindowTerminal : public QObject
+class tst_MainWindowTerminal : public QObject
 {
     Q_OBJECT
 
@@ -28,7 +28,8 @@ private slots:
     {
         m_modem.reset(new Modem);
         m_driver.reset(new WindowDriver);
-        QVERIFY(m_modem->open() && m_driver->connectTo(m_modem.get()));
+        QVERIFY(m_modem->open());
+        QVERIFY(m_driver->connectTo(m_modem.get()));
     }
 
     void commands()
@@ -76,7 +77,7 @@ private slots:
         auto *destination = m_driver->find<QComboBox>("terminalSelectActive");
         m_modem->send(replyFrame("old"));
         QTRY_COMPARE(m_driver->terminalOutput(), QStringLiteral("old"));
-        QTest::ignoreMessage(QtDebugMsg, "Edit finished. Active station BRAVO-2");
+        QTest::ignoreMessage(QtDebugMsg, "Edit finished. Active station \"BRAVO-2\"");
         m_driver->setField("terminalSelectActive", "bravo-2");
         QCOMPARE(destination->currentText(), QStringLiteral("BRAVO-2"));
         QVERIFY(m_driver->terminalOutput().isEmpty());
@@ -88,7 +89,7 @@ private slots:
         QCOMPARE(m_driver->terminalOutput(), QStringLiteral("kept"));
         QCOMPARE(destination->count(), 2);
         destination->setFocus();
-        QTest::ignoreMessage(QtDebugMsg, "Select finished. Active station ALPHA-1");
+        QTest::ignoreMessage(QtDebugMsg, "Select finished. Active station \"ALPHA-1\"");
         QTest::keyClick(destination, Qt::Key_Up);
         QCOMPARE(destination->currentText(), QStringLiteral("ALPHA-1"));
         QVERIFY(m_driver->terminalOutput().isEmpty());
@@ -105,9 +106,11 @@ private slots:
         QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier, cell);
         auto *tree = m_driver->find<QTreeView>("stationTreeView");
         const auto *properties = qobject_cast<const QStandardItemModel *>(tree->model());
-        QVERIFY(properties && properties->findItems("stat").size() == 1);
+        QVERIFY(properties);
+        QCOMPARE(properties->findItems("stat").size(), 1);
         const QList<QStandardItem *> source = properties->findItems("src");
-        QVERIFY(source.size() == 1 && tree->isExpanded(source.at(0)->index()));
+        QCOMPARE(source.size(), 1);
+        QVERIFY(tree->isExpanded(source.at(0)->index()));
     }
 
     // The terminal keeps its last 1,000 lines; the oldest go first.
@@ -135,5 +138,5 @@ private:
     std::unique_ptr<WindowDriver> m_driver;
 };
 
-QTEST_MAIN(TestMainWindowTerminal)
+QTEST_MAIN(tst_MainWindowTerminal)
 #include "tst_mainwindow_terminal.moc"

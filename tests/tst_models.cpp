@@ -50,7 +50,10 @@ private slots:
         const QPointer<QProgressBar> oldest = bar(0);
         model.addPacket(&view, QString(), "local, tcp", 255, 7, "spp(cmd)");
         model.addPacket(nullptr, "N0CALL", "serial", -90, 2, "spp(rx)"); // no view: no bar
-        QVERIFY(!model.item(1, 0) && !model.item(2, 2) && !bar(1) && !bar(0));
+        QVERIFY(!model.item(1, 0));
+        QVERIFY(!model.item(2, 2));
+        QVERIFY(!bar(1));
+        QVERIFY(!bar(0));
         // The bar's range is -140..-20 dBm; a value outside it leaves the bar empty, without text.
         QStringList texts;
         for (const int rssi : { -140, -20, -150, -10 }) {
@@ -80,9 +83,14 @@ private slots:
         QVERIFY(!list.headerData(0, Qt::Vertical).isValid()); // rows carry no header text
         Station *upper = list.append("DL1ABC-5");
         Station *lower = list.append("dl1abc-5");
-        QVERIFY(list.get("DL1ABC-5") == upper && list.get("dl1abc-5") == lower && !list.get("Dl1abc-5"));
-        QVERIFY(list.get(1) == lower && !list.get(2) && !list.get(-1) && !list.getExtensionModel(2)
-            && !list.getExtensionModel(-1));
+        QVERIFY(list.get("DL1ABC-5") == upper);
+        QVERIFY(list.get("dl1abc-5") == lower);
+        QVERIFY(!list.get("Dl1abc-5"));
+        QVERIFY(list.get(1) == lower);
+        QVERIFY(!list.get(2));
+        QVERIFY(!list.get(-1));
+        QVERIFY(!list.getExtensionModel(2));
+        QVERIFY(!list.getExtensionModel(-1));
 
         QStandardItemModel *properties = upper->getExtensionModel();
         QCOMPARE(rowText(properties, -1), QString("Property|Value"));
@@ -96,7 +104,8 @@ private slots:
         QCOMPARE(rowText(&list, 2), QString("300234010753370|03:04:05 02.01.2027|"));
         // append does not look for the callsign: a second row is listed, the first is found.
         Station *again = list.append("DL1ABC-5");
-        QVERIFY(list.get(3) == again && list.get("DL1ABC-5") == upper);
+        QVERIFY(list.get(3) == again);
+        QVERIFY(list.get("DL1ABC-5") == upper);
 
         // Ages are whole seconds, redrawn every second while shown.
         const QDateTime heard = QDateTime::currentDateTime().addSecs(-90061);

@@ -60,7 +60,7 @@ static void row(const char *name, const Bytes &sentence, const QString &record)
     QTest::newRow(name) << sentence + "\n" << UNPACK << QStringList { record };
 }
 
-class TstNmea : public QObject
+class tst_Nmea : public QObject
 {
     Q_OBJECT
 private slots:
@@ -133,5 +133,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(TstNmea)
+QTEST_APPLESS_MAIN(tst_Nmea)
 #include "tst_nmea.moc"

@@ -12,10 +12,12 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "propertyrow.h"
 #include "spp_host_qt.h"
 #include "ui_glider.h"
 #include "varda_extension.h"
 #include "varda_extension_qt.h"
+#include "varda_spp_payload.h"
 
 namespace
 {
@@ -26,8 +28,6 @@ const int LOG_LINE_SIZE = 200;
 // fill the memory; the log files keep every line.
 const int LOG_VIEW_LINES = 5000;
 const char *const TIME_FORMAT = "hh:mm:ss dd.MM.yyyy";
-// varda_flags bit 0: the radio payload is a chain of extension sub-packets.
-const uint8_t VARDA_FLAG_EXTENSION = 0x01;
 
 struct Subpacket {
     uint8_t type;
@@ -81,11 +81,6 @@ QString significant(double value)
 double degrees(int32_t raw)
 {
     return raw / 10000000.0;
-}
-
-int rssiDbm(uint8_t raw)
-{
-    return int(raw) - 200;
 }
 
 // Position of text in a name table, 0 when it is none of the names.
@@ -161,21 +156,20 @@ void Glider::connectForm()
     connect(ui->telemetryTableClear, &QPushButton::pressed, this, &Glider::clearModel);
 }
 
+// Packets shorter than their receive header are dropped.
 void Glider::incomingPell(uint8_t type, const uint8_t *data, uint16_t length, const QString &source)
 {
     Q_UNUSED(source);
-    if (type != SPP_TYPE_RX || length < sizeof(spp_rxhdr_t))
+    varda_spp_payload_t pkt;
+    if (type != SPP_TYPE_RX || varda_spp_split_payload(type, data, length, &pkt) != VARDA_SPP_PAYLOAD_OK)
         return;
-    const auto *header = reinterpret_cast<const spp_rxhdr_t *>(data);
-    const uint8_t *payload = data + sizeof(spp_rxhdr_t);
-    const uint16_t size = uint16_t(length - sizeof(spp_rxhdr_t));
-    if (!(header->varda_flags & VARDA_FLAG_EXTENSION)) {
+    if (!pkt.extension) {
         // Raw vehicle data straight from the modem: any sender is taken.
-        handleData(payload, size);
+        handleData(pkt.payload, pkt.payload_len);
         return;
     }
     VardaExtension ext;
-    ext.parse(payload, size);
+    ext.parse(pkt.payload, pkt.payload_len);
     if (!ext.hasExtensionType(VRD_EXT_SRC) || !ext.hasExtensionType(VRD_EXT_DATA)
         || ext.getSource() != ui->pellDestinationEntry->text())
         return;
@@ -220,14 +214,7 @@ void Glider::clearModel()
 
 void Glider::appendRow(const QString &property, const QString &value)
 {
-    for (int row = 0; row < m_telemetry_model.rowCount(); row++) {
-        if (m_telemetry_model.item(row, 0)->text() == property) {
-            m_telemetry_model.item(row, 1)->setText(value);
-            return;
-        }
-    }
-    m_telemetry_model.appendRow({ new QStandardItem(property), new QStandardItem(value) });
-    qDebug() << "New item" << property;
+    setPropertyRow(m_telemetry_model.invisibleRootItem(), property, value);
 }
 
 void Glider::appendLog(const char *line, bool event)
@@ -352,7 +339,7 @@ void Glider::handleHousekeeping(const housekeeping_t *hk)
     appendRow("Sonar samples", QString::number(unsigned(hk->sonar_samples)));
     showLinkStatus(
         hk->iridium_csq, hk->iridium_state, hk->ctd_state, hk->sonar_state, hk->pell_en, hk->iridium_en);
-    appendRow("Pell RSSI", QString::number(rssiDbm(hk->pell_rssi)));
+    appendRow("Pell RSSI", QString::number(vrd_dbm(hk->pell_rssi)));
     appendRow("Uptime", QString::number(hk->uptime));
     showPosTime(&hk->pos_time, Qt::LocalTime);
     appendRow("Last cmd. seq.", QString::number(hk->last_command_seq));
@@ -360,7 +347,7 @@ void Glider::handleHousekeeping(const housekeeping_t *hk)
     logLine(false, "housekeeping;%u;%u;%u;%u;%s;%s;%s;%s;%i;%u;%.7f;%.7f;%u;%u", unsigned(hk->ctd_samples),
         unsigned(hk->sonar_samples), unsigned(hk->iridium_csq), unsigned(hk->iridium_state),
         STR_POWER_STATES[hk->ctd_state], STR_POWER_STATES[hk->sonar_state], STR_POWER_STATES[hk->pell_en],
-        STR_POWER_STATES[hk->iridium_en], rssiDbm(hk->pell_rssi), unsigned(hk->uptime),
+        STR_POWER_STATES[hk->iridium_en], vrd_dbm(hk->pell_rssi), unsigned(hk->uptime),
         degrees(hk->pos_time.lat), degrees(hk->pos_time.lon), unsigned(hk->pos_time.time),
         unsigned(hk->last_command_seq));
 }
@@ -378,7 +365,7 @@ void Glider::handleHousekeeping2(const housekeeping2 *hk)
     appendRow("PTH log OK", QString::number(unsigned(hk->pth_ok)));
     appendRow("Logging OK", QString::number(unsigned(hk->logging_ok)));
     appendRow("Log size (KiB)", QString::number(unsigned(hk->logged_kib)));
-    appendRow("Pell RSSI", QString::number(rssiDbm(hk->pell_rssi)));
+    appendRow("Pell RSSI", QString::number(vrd_dbm(hk->pell_rssi)));
     appendRow("Uptime", QString::number(hk->uptime));
     appendRow("Last cmd. seq.", QString::number(hk->last_command_seq));
 
@@ -387,7 +374,7 @@ void Glider::handleHousekeeping2(const housekeeping2 *hk)
         STR_POWER_STATES[hk->sonar_state], STR_POWER_STATES[hk->pell_en], STR_POWER_STATES[hk->iridium_en],
         unsigned(hk->ctd_log_ok), unsigned(hk->sonar_ok), unsigned(hk->o2_ok), unsigned(hk->pco2_ok),
         unsigned(hk->licor_ok), unsigned(hk->pth_ok), unsigned(hk->logging_ok), unsigned(hk->logged_kib),
-        rssiDbm(hk->pell_rssi), unsigned(hk->uptime), unsigned(hk->last_command_seq));
+        vrd_dbm(hk->pell_rssi), unsigned(hk->uptime), unsigned(hk->last_command_seq));
 }
 
 void Glider::handleCtd(const ctd_sample_t *ctd)

@@ -119,15 +119,15 @@ private:
         unsigned csq, unsigned state, unsigned ctd, unsigned sonar, unsigned pell, unsigned iridium);
     void showPosTime(const pos_time_t *pos, Qt::TimeSpec spec);
 
-    QWidget *m_parent;
+    QWidget *m_parent; // kept on purpose: stored, never read
     QStandardItemModel m_telemetry_model;
-    [[maybe_unused]] uint16_t m_seq_ack = 0;
-    [[maybe_unused]] uint16_t m_seq_ack_request_start = 0;
-    QFile m_sensorlog;
-    QFile m_poslog;
+    [[maybe_unused]] uint16_t m_seq_ack = 0; // kept on purpose: no command echo bookkeeping yet
+    [[maybe_unused]] uint16_t m_seq_ack_request_start = 0; // kept on purpose, as m_seq_ack
+    QFile m_sensorlog; // kept on purpose: never opened, every line goes through m_log
+    QFile m_poslog; // kept on purpose: never opened, as m_sensorlog
     QFile m_log;
     uint8_t m_sent_ack = 0;
-    QString m_file_path;
+    QString m_file_path; // kept on purpose: the logs go to ~/.toolbox, the current directory
     int m_cmd_queue_size = 0;
     QByteArray m_cmd_queue;
     Ui::GliderForm *ui;

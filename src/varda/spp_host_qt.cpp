@@ -1,6 +1,5 @@
 #include "spp_host_qt.h"
 
-#include "crc_ccitt.h"
 #include "varda_packets.h"
 
 SppHost::SppHost(QObject *parent)
@@ -38,13 +37,7 @@ quint64 SppHost::droppedBytes() const
 // Fills start and CRC of a frame whose type, length and payload are in place.
 static void sealFrame(QByteArray &frame)
 {
-    uint16_t crc = 0xFFFF;
-    for (int i = 3; i < frame.size(); i++)
-        crc = crc_ccitt_byte(uint8_t(frame.at(i)), crc);
-    crc ^= 0xFFFF;
-    frame[0] = char(SPP_START);
-    frame[1] = char(crc & 0xFF);
-    frame[2] = char(crc >> 8);
+    vrd_frame_seal(reinterpret_cast<uint8_t *>(frame.data()), size_t(frame.size()), SPP_START);
 }
 
 QByteArray SppHost::packCommand(const QString &cmd)

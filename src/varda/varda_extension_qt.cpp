@@ -1,6 +1,5 @@
 #include "varda_extension_qt.h"
 
-#include <QDebug>
 #include <QList>
 #include <QPair>
 #include <QStandardItem>
@@ -8,6 +7,7 @@
 
 #include <string.h>
 
+#include "propertyrow.h"
 #include "varda_extension.h"
 
 namespace
@@ -35,8 +35,8 @@ QString decodeCallsign(const QByteArray &data)
 QByteArray encodeCallsign(const QString &call)
 {
     QByteArray enc(VRD_CALLSIGN_ENC_LEN, '\0');
-    // A malformed SSID still leaves the callsign itself encoded; senders
-    // get what they typed minus the SSID.
+    // A malformed SSID packs nothing: the callsign goes out as six zero
+    // bytes, which decode to an empty text.
     vrd_ext_encode_callsign(reinterpret_cast<uint8_t *>(enc.data()), call.toLatin1().constData());
     return enc;
 }
@@ -75,8 +75,8 @@ QList<Row> statRows(const QByteArray &data)
         { "Uptime", VardaExtension::secondsToDhms(st.uptime_s) },
         { "Voltage (V)", QString::number(st.voltage / 10.0, 'f', 2) },
         { "Temperature (C)", QString::number(st.temp) },
-        { "Signal (dBm)", QString::number(int(st.signal) - 200) },
-        { "Noise (dBm)", QString::number(int(st.noise) - 200) },
+        { "Signal (dBm)", QString::number(vrd_dbm(st.signal)) },
+        { "Noise (dBm)", QString::number(vrd_dbm(st.noise)) },
         { "RX count OK", QString::number(st.cntr_rx_ok) },
         { "RX count fixed", QString::number(st.cntr_rx_fix) },
         { "RX count errors", QString::number(st.cntr_rx_err) },
@@ -157,22 +157,6 @@ QStandardItem *typeItem(QStandardItemModel *model, const QString &name)
     return found;
 }
 
-void setOrAppendRow(QStandardItem *parent, const Row &row)
-{
-    for (int i = 0; i < parent->rowCount(); i++) {
-        const QStandardItem *label = parent->child(i, 0);
-        if (!label || label->text() != row.first)
-            continue;
-        if (QStandardItem *value = parent->child(i, 1))
-            value->setText(row.second);
-        else
-            parent->setChild(i, 1, new QStandardItem(row.second));
-        return;
-    }
-    parent->appendRow({ new QStandardItem(row.first), new QStandardItem(row.second) });
-    qDebug().noquote() << "New item" << row.first;
-}
-
 } // namespace
 
 VardaExtension::VardaExtension() = default;
@@ -236,7 +220,7 @@ void VardaExtension::getConvertedExtensionData(QStandardItemModel *model) const
         if (!parent)
             continue;
         for (const Row &row : rowsFor(it.key(), it.value()))
-            setOrAppendRow(parent, row);
+            setPropertyRow(parent, row.first, row.second);
     }
 }
 
@@ -272,6 +256,12 @@ void VardaExtension::addData(const QByteArray &data)
     m_txpkts.append(subPacket(VRD_EXT_DATA, data));
 }
 
+void VardaExtension::addCommandRequest(const QString &destination, const QString &command)
+{
+    addDestination(destination);
+    addCommand(command);
+}
+
 QByteArray VardaExtension::getPacket() const
 {
     return m_txpkts.join();
@@ -285,7 +275,6 @@ QByteArray VardaExtension::packCommand(
     VardaExtension ext;
     // Always 123: this one-shot builder keeps no sequence of its own.
     ext.addSource(source, 123);
-    ext.addDestination(destination);
-    ext.addCommand(command);
+    ext.addCommandRequest(destination, command);
     return ext.getPacket();
 }

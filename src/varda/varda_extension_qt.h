@@ -37,6 +37,8 @@ public:
     void addSource(const QString &call, uint8_t seq);
     void addDestination(const QString &call);
     void addCommand(const QString &command);
+    // A command for another station: "dest", then "cmd_req".
+    void addCommandRequest(const QString &destination, const QString &command);
     void addData(const QByteArray &data);
     QByteArray getPacket() const;
 

@@ -1,6 +1,7 @@
 #include <QApplication>
-#include <QCommandLineParser>
 
+#include "commandline.h"
+#include "desktopidentity.h"
 #include "gatewaysettings.h"
 #include "gliderstation.h"
 #include "linkoptions.h"
@@ -8,13 +9,20 @@
 
 int main(int argc, char *argv[])
 {
-    QApplication app(argc, argv);
-    QCommandLineParser parser;
+    CommandLine cli("glider-station",
+        "Vehicle station for an ocean glider: the Varda radio tool, the glider panel (telemetry, log files "
+        "and the command queue) and the Iridium gateway client in one window.");
+    cli.acceptToolkitOptions();
     LinkOptions links(LinkOptions::WithGateway);
-    links.addTo(parser);
-    parser.process(app);
-    if (!links.accept(parser))
-        return 2;
+    links.addTo(cli.parser());
+    if (!cli.parse(argc, argv))
+        return cli.exitCode();
+    QString error;
+    if (!links.read(cli.parser(), &error))
+        return cli.refuse(error);
+
+    QApplication app(argc, argv);
+    setDesktopIdentity("glider-station");
     app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
     GliderStation window;
     window.show();

@@ -68,7 +68,7 @@ QString ExtChain::callsign(quint8 type) const
 
 QByteArray ExtChain::encodeCallsign(const QString &callsign)
 {
-    uint8_t enc[VRD_CALLSIGN_ENC_LEN];
+    uint8_t enc[VRD_CALLSIGN_ENC_LEN] = { 0 }; // stays zero for a malformed SSID
     vrd_ext_encode_callsign(enc, callsign.toLatin1().constData());
     return QByteArray(reinterpret_cast<const char *>(enc), sizeof(enc));
 }

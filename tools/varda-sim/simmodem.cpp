@@ -10,6 +10,7 @@
 #include "varda_extension.h"
 #include "varda_packets.h"
 #include "varda_spp_host.h"
+#include "varda_spp_payload.h"
 
 namespace
 {
@@ -73,8 +74,8 @@ void SimModem::receive(const AirPacket &packet)
 {
     spp_rxhdr_t hdr;
     hdr.timestamp_toh_us = microsecondsIntoHour();
-    hdr.noise = quint8(qBound(0, packet.noiseDbm + 200, 255));
-    hdr.rssi = quint8(qBound(0, packet.rssiDbm + 200, 255));
+    hdr.noise = vrd_dbm_to_value(packet.noiseDbm);
+    hdr.rssi = vrd_dbm_to_value(packet.rssiDbm);
     hdr.errors = packet.errors;
     hdr.varda_flags = packet.flags;
     const QByteArray payload = QByteArray(reinterpret_cast<const char *>(&hdr), sizeof(hdr)) + packet.payload;
@@ -101,10 +102,13 @@ void SimModem::handleFrame(SppLink *link, quint8 type, const QByteArray &payload
 
 void SimModem::transmitRequest(SppLink *link, const QByteArray &payload)
 {
-    if (payload.isEmpty())
+    varda_spp_payload_t tx;
+    if (varda_spp_split_payload(SPP_TYPE_TX, reinterpret_cast<const uint8_t *>(payload.constData()),
+            uint16_t(payload.size()), &tx)
+        != VARDA_SPP_PAYLOAD_OK)
         return;
-    const quint8 flags = quint8(payload.at(0));
-    const QByteArray packet = payload.mid(int(sizeof(spp_txhdr_t)));
+    const quint8 flags = tx.varda_flags;
+    const QByteArray packet(reinterpret_cast<const char *>(tx.payload), tx.payload_len);
     if (packet.isEmpty() || packet.size() > VRD_MAX_PAYLOAD) {
         simLog("modem", QString("refused a packet of %1 bytes from %2").arg(packet.size()).arg(link->name()));
         return;

@@ -1,6 +1,6 @@
 #include "simoptions.h"
 
-#include <QCommandLineParser>
+#include "commandline.h"
 
 namespace
 {
@@ -11,21 +11,23 @@ const QCommandLineOption GatewayPort(
     "gateway-port", "TCP port of the Iridium gateway (default 10020).", "port", "10020");
 const QCommandLineOption Rate(
     "rate", "Traffic rate relative to normal, 0.1 to 100 (default 1).", "factor", "1");
-const QCommandLineOption Seed("seed", "Seed of the random values, for repeatable runs.", "number");
+const QCommandLineOption Seed(
+    "seed", "Seed of the random values, for repeatable runs (default a new one each run).", "number");
 const QCommandLineOption Roles("roles",
     "Roles to play, comma separated: modem, glider, gateway (default all).", "list", "modem,glider,gateway");
 const QCommandLineOption Stations("stations", "Number of remote stations, 0 to 8 (default 4).", "count", "4");
 const QCommandLineOption Pty("pty", "Also serve the modem on a pseudo-terminal; its name is logged.");
-const QCommandLineOption DropEvery(
-    "drop-every", "Fault: close the modem's TCP connections and pseudo-terminal every SECONDS.", "seconds");
+const QCommandLineOption DropEvery("drop-every",
+    "Fault: close the modem's TCP connections and pseudo-terminal every SECONDS (default: never).",
+    "seconds");
 const QCommandLineOption Corrupt(
-    "corrupt", "Fault: send this share (0 to 1) of frames with a bad CRC.", "fraction");
+    "corrupt", "Fault: send this share (0 to 1) of frames with a bad CRC.", "fraction", "0");
 const QCommandLineOption GatewayCorruptLength(
     "gateway-corrupt-length", "Fault: the gateway sends one message with an absurd length, then carries on.");
 
 // Reads an optional number in [low, high]; false when given and not one.
-bool readFault(const QCommandLineParser &parser, const QCommandLineOption &option, double low, double high,
-    double *value)
+bool readFault(
+    const CommandLine &parser, const QCommandLineOption &option, double low, double high, double *value)
 {
     if (!parser.isSet(option))
         return true;
@@ -61,7 +63,7 @@ bool readRoles(const QString &text, SimOptions *options)
     return options->modem || options->gateway;
 }
 
-bool readNumbers(const QCommandLineParser &parser, SimOptions *options, QString *error)
+bool readNumbers(const CommandLine &parser, SimOptions *options, QString *error)
 {
     if (!readPort(parser.value(ModemPort), &options->modemPort)
         || !readPort(parser.value(GatewayPort), &options->gatewayPort)) {
@@ -95,18 +97,15 @@ bool readNumbers(const QCommandLineParser &parser, SimOptions *options, QString 
 }
 }
 
-bool SimOptions::parse(const QStringList &arguments, SimOptions *options, QString *error)
+void SimOptions::declare(CommandLine *cli)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Plays a Varda radio modem with stations on the air, a glider behind its radio modem and an "
-        "Iridium gateway, on this machine.");
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.addOptions({ Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty });
-    parser.addOptions({ DropEvery, Corrupt, GatewayCorruptLength });
-    parser.process(arguments);
+    for (const QCommandLineOption &option : { Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty,
+             DropEvery, Corrupt, GatewayCorruptLength })
+        cli->addOption(option);
+}
 
+bool SimOptions::read(const CommandLine &parser, SimOptions *options, QString *error)
+{
     if (!options->bind.setAddress(parser.value(Bind))) {
         *error = "not an address: " + parser.value(Bind);
         return false;

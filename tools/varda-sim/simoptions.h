@@ -3,7 +3,8 @@
 
 #include <QHostAddress>
 #include <QString>
-#include <QStringList>
+
+class CommandLine;
 
 // What the simulator runs, and where.
 struct SimOptions {
@@ -25,10 +26,11 @@ struct SimOptions {
     double corrupt = 0;
     bool gatewayCorruptLength = false;
 
-    // Reads the command line (arguments()[0] is the program). On failure
-    // returns false with a message in *error; --help and --version print
-    // and exit as QCommandLineParser does.
-    static bool parse(const QStringList &arguments, SimOptions *options, QString *error);
+    // Adds the simulator's options to the command line.
+    static void declare(CommandLine *cli);
+    // Reads them once the command line is parsed. On a bad value returns
+    // false with a message in *error.
+    static bool read(const CommandLine &cli, SimOptions *options, QString *error);
 };
 
 #endif

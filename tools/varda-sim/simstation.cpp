@@ -12,11 +12,6 @@ namespace
 const int NoiseFloorDbm = -118;
 const quint16 HardwareVersion = (2 << 6) | 1; // 2/1
 const quint16 SoftwareVersion = (1 << 12) | (4 << 8) | 17; // 1.4.17
-
-quint8 dbmToByte(int dbm)
-{
-    return quint8(qBound(0, dbm + 200, 255));
-}
 }
 
 SimStation::SimStation(const Profile &profile, QRandomGenerator *rng, QObject *parent)
@@ -85,8 +80,8 @@ QByteArray SimStation::status() const
     st.uptime_s = uptime();
     st.voltage = quint8(126 + jitter(8));
     st.temp = qint8(14 + jitter(6));
-    st.signal = dbmToByte(m_profile.signalDbm + jitter(4));
-    st.noise = dbmToByte(NoiseFloorDbm + jitter(3));
+    st.signal = vrd_dbm_to_value(m_profile.signalDbm + jitter(4));
+    st.noise = vrd_dbm_to_value(NoiseFloorDbm + jitter(3));
     st.cntr_rx_ok = m_rxCount;
     st.cntr_rx_fix = m_rxCount / 9;
     st.cntr_rx_err = m_rxCount / 31;
@@ -127,7 +122,7 @@ void SimStation::transmit(const QByteArray &payload)
 
 void SimStation::hear(const QByteArray &payload, quint8 flags)
 {
-    if (!(flags & 1))
+    if (!(flags & VARDA_FLAG_EXTENSION))
         return;
     const ExtChain chain(payload);
     if (chain.callsign(VRD_EXT_DEST) != m_profile.callsign)

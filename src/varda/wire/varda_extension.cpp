@@ -118,11 +118,10 @@ bool vrd_ext_encode_callsign(uint8_t *enc_callsign, const char *callsign)
         v[n++] = (uint8_t)((c >= 'a' && c <= 'z') ? c - 0x40 : c - 0x20);
     }
     /* v[n] stays 0: the end mark of a callsign shorter than 7. */
-    uint8_t ssid = 0;
-    const bool ok = parse_ssid(p, &ssid);
-    v[7] = ok ? ssid : 0;
+    if (!parse_ssid(p, &v[7]))
+        return false;
     pack_callsign(enc_callsign, v);
-    return ok;
+    return true;
 }
 
 void vrd_ext_decode_callsign(char *callsign, const uint8_t *enc_callsign)

@@ -139,7 +139,7 @@ uint16_t vrd_ext_numpkts(const uint8_t *d, uint16_t d_len);
  * case is upper-cased; more than 7 characters are cut to 7; an SSID keeps
  * its low 6 bits and only its first two digits are read. Returns false when
  * "-" is not followed by a digit, or when one digit is followed by anything
- * but a digit or the end; the output then holds the callsign with SSID 0. */
+ * but a digit or the end; the 6 output bytes are then left untouched. */
 bool vrd_ext_encode_callsign(uint8_t *enc_callsign, const char *callsign);
 
 /* Decodes 6 bytes into "CALL" or "CALL-N" (SSID 0 is not shown). callsign

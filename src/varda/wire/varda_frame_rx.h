@@ -1,10 +1,12 @@
 #ifndef VARDA_FRAME_RX_H
 #define VARDA_FRAME_RX_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 /*
- * Byte-at-a-time receiver shared by the SPP and PP framings. Both frames are
+ * What the SPP and PP framings share: a byte-at-a-time receiver, the CRC
+ * check and the sealing of a frame. Both frames are
  *
  *   start | crc (uint16 LE) | [type] | len | payload[len]
  *
@@ -42,6 +44,15 @@ bool vrd_frame_crc_ok(const uint8_t *d, uint16_t d_len);
 
 /* vrd_frame_crc_ok that also counts a failure in counters->bad_crc. */
 bool vrd_frame_check(const uint8_t *d, uint16_t d_len, vrd_frame_counters_t *counters);
+
+/* CRC of a frame held in two pieces, chained without copying: the header
+ * bytes from index 3 (head, head_len) and then the payload. Either piece may
+ * be empty (a null pointer with length 0). */
+uint16_t vrd_frame_crc(const uint8_t *head, size_t head_len, const uint8_t *payload, size_t payload_len);
+
+/* Seals a frame of d_len bytes (at least 3) whose bytes from index 3 are in
+ * place: writes the start byte at 0 and the CRC, little-endian, at 1-2. */
+void vrd_frame_seal(uint8_t *d, size_t d_len, uint8_t start);
 
 /* Feeds one byte. d must hold fmt->max_len bytes; *dropped counts the bytes
  * thrown away outside frames. Returns true when d holds

@@ -9,8 +9,33 @@
 #define VRD_PKT_BUFFER 512
 #define VRD_MAX_PAYLOAD 220
 
-/* Received radio packet. Unknown values: rssi and noise 255,
- * timestamp_toh_us 0xFFFFFFFF. */
+/* varda_flags bit 0: the packet's bytes are a chain of extension
+ * sub-packets (varda_extension.h). The program always transmits with it. */
+#define VARDA_FLAG_EXTENSION 0x01
+
+/* Signal and noise levels (rssi and noise here and in the SPP receive
+ * header, signal and noise in a station's status) are one byte each:
+ * dBm = value - VRD_DBM_OFFSET. VRD_RSSI_UNKNOWN is the value of a level
+ * the modem did not report, and the rssi the packet log and station list
+ * take for "no signal level" (it lies above any dBm a byte can give). */
+#define VRD_DBM_OFFSET 200
+#define VRD_RSSI_UNKNOWN 255
+#define VRD_TOH_UNKNOWN 0xFFFFFFFFu
+
+static inline int vrd_dbm(uint8_t value)
+{
+    return (int)value - VRD_DBM_OFFSET;
+}
+
+/* The byte of a level in dBm, clamped to 0..255. */
+static inline uint8_t vrd_dbm_to_value(int dbm)
+{
+    const int value = dbm + VRD_DBM_OFFSET;
+    return (uint8_t)(value < 0 ? 0 : value > 255 ? 255 : value);
+}
+
+/* Received radio packet. Unknown values: rssi and noise VRD_RSSI_UNKNOWN,
+ * timestamp_toh_us VRD_TOH_UNKNOWN. */
 typedef struct __attribute__((packed)) {
     uint16_t pl_len; /* valid bytes in pl */
     uint8_t rs_size_nr; /* frame size number as the modem reports it */

@@ -1,6 +1,5 @@
 #include "varda_pp_host.h"
 
-#include "crc_ccitt.h"
 #include "varda_frame_rx.h"
 
 void varda_pp_init(varda_pp_ctx_t *ctx, varda_pp_data_cb_t data_cb)
@@ -28,10 +27,7 @@ void varda_pp_parse(varda_pp_ctx_t *ctx, uint8_t byte)
 
 void varda_pp_fill_header(vrd_pphdr_t *hdr, const uint8_t *d, uint8_t d_len)
 {
-    uint16_t crc = crc_ccitt_byte(d_len, 0xFFFF);
-    for (uint16_t i = 0; i < d_len; i++)
-        crc = crc_ccitt_byte(d[i], crc);
     hdr->start = PP_START;
-    hdr->crc = crc ^ 0xFFFF;
     hdr->pl_len = d_len;
+    hdr->crc = vrd_frame_crc(&hdr->pl_len, PP_HEADER_LEN - 3, d, d_len);
 }

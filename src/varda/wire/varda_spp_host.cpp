@@ -1,6 +1,5 @@
 #include "varda_spp_host.h"
 
-#include "crc_ccitt.h"
 #include "varda_frame_rx.h"
 
 void varda_spp_init(spp_ctx_t *ctx, spp_data_cb_t data_cb)
@@ -28,13 +27,8 @@ void varda_spp_parse(spp_ctx_t *ctx, uint8_t byte)
 
 void varda_spp_fill_header(vrd_spphdr_t *hdr, uint8_t type, const uint8_t *d, uint8_t d_len)
 {
-    uint16_t crc = 0xFFFF;
-    crc = crc_ccitt_byte(type, crc);
-    crc = crc_ccitt_byte(d_len, crc);
-    for (uint16_t i = 0; i < d_len; i++)
-        crc = crc_ccitt_byte(d[i], crc);
     hdr->start = SPP_START;
-    hdr->crc = crc ^ 0xFFFF;
     hdr->pl_type = type;
     hdr->pl_len = d_len;
+    hdr->crc = vrd_frame_crc(&hdr->pl_type, SPP_HEADER_LEN - 3, d, d_len);
 }
