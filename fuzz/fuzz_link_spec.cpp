@@ -5,7 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "fuzz_app.h"
+#include "fuzz_check.h"
 #include "linkspec.h"
 
 using fuzz::check;

@@ -136,6 +136,7 @@ void GatewaySettings::connectionChanged(bool up)
 {
     m_connected = up;
     if (up) {
+        m_closing = false; // a close of a pending attempt reports no loss
         m_status->up();
         m_reconnector->connected();
         return;
