@@ -28,3 +28,4 @@ varda_fuzz_target(fuzz_sim_vehicle varda_sim_core)
 varda_fuzz_target(fuzz_sim_modem varda_sim_core)
 # --- main window ---
 varda_fuzz_target(fuzz_mainwindow_dispatch toolbox)
+varda_fuzz_target(fuzz_link_spec links)

@@ -2,6 +2,7 @@
 
 #include "commandline.h"
 #include "desktopidentity.h"
+#include "linkoptions.h"
 #include "mainwindow.h"
 #include "stylesheet.h"
 
@@ -12,13 +13,19 @@ int main(int argc, char *argv[])
         "serial port, TCP or UDP, lists the stations heard and every packet, and sends modem and station "
         "commands from its terminal.");
     cli.acceptToolkitOptions();
+    LinkOptions links;
+    links.addTo(cli.parser());
     if (!cli.parse(argc, argv))
         return cli.exitCode();
+    QString error;
+    if (!links.read(cli.parser(), &error))
+        return cli.refuse(error);
 
     QApplication app(argc, argv);
     setDesktopIdentity("varda-toolbox");
     app.setStyleSheet(QLatin1String(TOOLBOX_STYLE_SHEET));
     MainWindow window;
     window.show();
+    links.applyTo(&window);
     return app.exec();
 }

@@ -20,7 +20,6 @@
 #include "freshnesspanel.h"
 #include "gatewaysettings.h"
 #include "glider.h"
-#include "iridiumtcp.h"
 #include "linkstate.h"
 #include "mainwindow.h"
 #include "plotview.h"
@@ -29,13 +28,12 @@
 #include "telemetrystore.h"
 #include "trackexporter.h"
 #include "trackview.h"
+#include "varda_spp_payload.h"
 #include "vehicle_payload.h"
 
 namespace
 {
 const int TickMs = 1000;
-// varda_flags bit 0: the radio payload is a chain of extension records.
-const uint8_t ExtensionFlag = 0x01;
 
 QString toolboxFile(const char *name)
 {
@@ -131,16 +129,15 @@ void Cockpit::restoreIntervals()
 
 void Cockpit::wire(MainWindow *radio, GatewaySettings *gateway)
 {
-    IridiumTcp *iridium = gateway->client();
     connect(m_glider, &Glider::outgoingPell, m_guard, &CommandGuard::fromPell);
     connect(m_glider, &Glider::outgoingSbd, m_guard, &CommandGuard::fromSbd);
     connect(m_guard, &CommandGuard::toRadio, radio, &MainWindow::sendData);
-    connect(m_guard, &CommandGuard::toGateway, iridium, &IridiumTcp::sendSBD);
+    connect(m_guard, &CommandGuard::toGateway, gateway, &GatewaySettings::sendSBD);
     connect(m_guard, &CommandGuard::message, this, &Cockpit::say);
     connect(m_guard, &CommandGuard::telemetryIntervalSet, m_freshness, &FreshnessMonitor::setInterval);
     connect(m_glider, &Glider::gliderPayloadReceived, this, &Cockpit::fromPell);
     connect(radio->sppHost(), &SppHost::newPacket, this, &Cockpit::fromRadio);
-    connect(iridium, &IridiumTcp::newData, this, &Cockpit::fromIridium);
+    connect(gateway, &GatewaySettings::newData, this, &Cockpit::fromIridium);
     connect(m_store, &TelemetryStore::recordAdded, m_plots, &PlotView::scheduleRedraw);
     connect(m_store, &TelemetryStore::recordAdded, m_track, &TrackView::scheduleRedraw);
     connect(m_freshness, &FreshnessMonitor::levelRaised, this, &Cockpit::announce);
@@ -166,14 +163,12 @@ void Cockpit::fromIridium(const QString &imei, const QByteArray &payload)
 void Cockpit::fromRadio(uint8_t type, const uint8_t *data, uint16_t length, const QString &source)
 {
     Q_UNUSED(source);
-    if (type != SPP_TYPE_RX || length < sizeof(spp_rxhdr_t))
+    varda_spp_payload_t frame;
+    if (type != SPP_TYPE_RX || varda_spp_split_payload(type, data, length, &frame) != VARDA_SPP_PAYLOAD_OK)
         return;
-    const auto *header = reinterpret_cast<const spp_rxhdr_t *>(data);
-    if (header->varda_flags & ExtensionFlag)
+    if (frame.extension)
         return;
-    takePayload("Pell",
-        QByteArray(
-            reinterpret_cast<const char *>(data) + sizeof(spp_rxhdr_t), int(length - sizeof(spp_rxhdr_t))));
+    takePayload("Pell", QByteArray(reinterpret_cast<const char *>(frame.payload), int(frame.payload_len)));
 }
 
 void Cockpit::takePayload(const QString &link, const QByteArray &payload)

@@ -15,7 +15,6 @@
 
 #include "gatewaysettings.h"
 #include "glider.h"
-#include "iridiumtcp.h"
 #include "mainwindow.h"
 #include "spp_host_qt.h"
 
@@ -65,21 +64,29 @@ void GliderStation::addCockpit(QWidget *vehicle)
     statusBar()->addWidget(m_cockpit->statusLabel(), 1);
 }
 
+// The gateway is reached through its settings group only: the client
+// behind it may be replaced at any time.
 void GliderStation::wire()
 {
-    IridiumTcp *iridium = m_gateway->client();
     connect(m_radio->sppHost(), &SppHost::newPacket, m_glider, &Glider::incomingPell);
-    connect(iridium, &IridiumTcp::newData, m_glider, &Glider::incomingSbd);
+    connect(m_gateway, &GatewaySettings::newData, m_glider, &Glider::incomingSbd);
     // The radio tool lists the sending modem and logs the message as well.
-    connect(iridium, &IridiumTcp::newData, m_radio, &MainWindow::incomingSbd);
+    connect(m_gateway, &GatewaySettings::newData, m_radio, &MainWindow::incomingSbd);
     connect(m_glider, &Glider::gliderPayloadReceived, this, &GliderStation::forwardPayload);
+    connect(m_gateway, &GatewaySettings::stalled, this, &GliderStation::gatewayStalled);
     // The panel's commands reach the links through the cockpit's guard.
 }
 
 void GliderStation::forwardPayload(const QString &callsign, const QByteArray &payload)
 {
     if (m_gateway->forwardsVardaData())
-        m_gateway->client()->sendPayload(callsign, payload);
+        m_gateway->sendPayload(callsign, payload);
+}
+
+void GliderStation::gatewayStalled(const QString &reason)
+{
+    statusBar()->showMessage(
+        tr("Gateway stalled (%1): dropped that connection and connected afresh").arg(reason));
 }
 
 MainWindow *GliderStation::radio() const

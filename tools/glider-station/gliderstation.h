@@ -30,6 +30,8 @@ public slots:
     // Vehicle data heard on the radio goes on to relayhub while the
     // operator wants it to and the gateway is connected.
     void forwardPayload(const QString &callsign, const QByteArray &payload);
+    // Says in the status bar that the gateway client was replaced.
+    void gatewayStalled(const QString &reason);
 
 private:
     void wire();

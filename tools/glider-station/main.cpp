@@ -4,7 +4,9 @@
 #include "cockpitoptions.h"
 #include "commandline.h"
 #include "desktopidentity.h"
+#include "gatewaysettings.h"
 #include "gliderstation.h"
+#include "linkoptions.h"
 #include "stylesheet.h"
 
 int main(int argc, char *argv[])
@@ -16,10 +18,14 @@ int main(int argc, char *argv[])
     cli.acceptToolkitOptions();
     CockpitOptions cockpit;
     cockpit.addTo(&cli.parser());
+    LinkOptions links(LinkOptions::WithGateway);
+    links.addTo(cli.parser());
     if (!cli.parse(argc, argv))
         return cli.exitCode();
     QString error;
     if (!cockpit.read(cli.parser(), &error))
+        return cli.refuse(error);
+    if (!links.read(cli.parser(), &error))
         return cli.refuse(error);
     if (!cockpit.exportTrack().isEmpty())
         return cockpit.runExport(&error) ? CommandLine::Success : cli.refuse(error);
@@ -30,5 +36,9 @@ int main(int argc, char *argv[])
     GliderStation window;
     cockpit.applyTo(window.cockpit()->journal());
     window.show();
+    links.applyTo(window.radio());
+    window.gateway()->setReconnect(links.reconnect());
+    if (!links.gatewayHost().isEmpty())
+        window.gateway()->connectTo(links.gatewayHost());
     return app.exec();
 }

@@ -19,6 +19,12 @@ struct SimOptions {
     bool gateway = true;
     bool pty = false;
     int stations = 4;
+    // Faults on demand: close every modem client (and the pty) each
+    // dropEvery seconds, send that share of frames with a bad CRC, send the
+    // gateway's clients one message with an absurd length.
+    double dropEvery = 0;
+    double corrupt = 0;
+    bool gatewayCorruptLength = false;
 
     // Adds the simulator's options to the command line.
     static void declare(CommandLine *cli);
