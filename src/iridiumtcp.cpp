@@ -27,6 +27,7 @@ IridiumTcp::IridiumTcp(QPushButton *button, QLineEdit *host, QCheckBox *flush, Q
     connect(&m_socket, &QTcpSocket::connected, this, &IridiumTcp::setConnected);
     connect(&m_socket, &QTcpSocket::disconnected, this, &IridiumTcp::setDisconnected);
     connect(ui_button, &QPushButton::pressed, this, &IridiumTcp::connectPressed);
+    connect(&m_socket, &QTcpSocket::errorOccurred, this, &IridiumTcp::reportError);
 }
 
 IridiumTcp::~IridiumTcp()
@@ -129,4 +130,19 @@ void IridiumTcp::parsePacket(const QByteArray &packet)
     const QByteArray data = content.mid(ImeiLength);
     qDebug() << "Data from IMEI" << imei << "length" << data.size() << "content:" << data.toHex();
     emit newData(imei, data);
+}
+
+qint64 IridiumTcp::pendingBytes() const
+{
+    return qint64(m_framer.pending());
+}
+
+quint32 IridiumTcp::pendingLength() const
+{
+    return m_framer.announcedLength();
+}
+
+void IridiumTcp::reportError()
+{
+    emit connectionError(m_socket.errorString());
 }

@@ -50,6 +50,12 @@ public:
     // "gateway:HOST:PORT" of the connection.
     QString linkName() const;
 
+    // Received bytes not yet framed, and the tot_length the first of them
+    // announce (0 while fewer than four wait): what a watchdog needs to see
+    // a client wedged by a corrupt length.
+    qint64 pendingBytes() const;
+    quint32 pendingLength() const;
+
 public slots:
     void connectPressed();
     void setConnected();
@@ -63,8 +69,12 @@ signals:
     // written, with linkName().
     void messageReceived(const QString &link, const QByteArray &message);
     void messageSent(const QString &link, const QByteArray &message);
+    // A connection attempt failed or the connection broke, in the socket's words.
+    void connectionError(const QString &reason);
 
 private:
+    void reportError();
+
     // m_address, m_port, m_size and m_state are not used: the host comes
     // from the host field, the port is fixed and framing needs no state.
     [[maybe_unused]] QString m_address;

@@ -2,6 +2,7 @@
 
 #include "commandline.h"
 #include "desktopidentity.h"
+#include "linkoptions.h"
 #include "mainwindow.h"
 #include "recordingoptions.h"
 #include "recordingsession.h"
@@ -16,10 +17,14 @@ int main(int argc, char *argv[])
     cli.acceptToolkitOptions();
     RecordingOptions recording;
     recording.addTo(&cli.parser());
+    LinkOptions links;
+    links.addTo(cli.parser());
     if (!cli.parse(argc, argv))
         return cli.exitCode();
     QString error;
     if (!recording.read(cli.parser(), &error))
+        return cli.refuse(error);
+    if (!links.read(cli.parser(), &error))
         return cli.refuse(error);
 
     QApplication app(argc, argv);
@@ -28,5 +33,6 @@ int main(int argc, char *argv[])
     MainWindow window;
     RecordingSession session(recording, &window);
     window.show();
+    links.applyTo(&window);
     return app.exec();
 }

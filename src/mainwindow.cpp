@@ -17,7 +17,10 @@
 #include <QStatusBar>
 #include <QTextCursor>
 
+#include "blinkschedule.h"
+#include "linkstatus.h"
 #include "packetmodel.h"
+#include "reconnector.h"
 #include "spp_host_qt.h"
 #include "stationlistmodel.h"
 #include "varda_extension.h"
@@ -30,6 +33,10 @@ namespace
 const int UDP_TICK_MS = 10000;
 const int INDICATOR_MS = 200;
 const int READY_MESSAGE_MS = 5000;
+// Bytes one read takes at most: about 40 frames, a few
+// milliseconds of work, so a flood never holds the event loop for long. What
+// is left is read on in the next pass of the event loop.
+const qint64 READ_BYTES = 2048;
 // Lines the terminal keeps, as a terminal's scrollback: a modem that talks
 // without end must not fill the memory.
 const int TERMINAL_LINES = 1000;
@@ -103,6 +110,124 @@ MainWindow::MainWindow(QWidget *parent)
     packetIndicatorStop();
     statusBar()->addPermanentWidget(m_packet_inducator);
     statusBar()->showMessage(tr("Ready"), READY_MESSAGE_MS);
+    buildLinkStatus();
+}
+
+void MainWindow::buildLinkStatus()
+{
+    m_link_status_label = new QLabel(this);
+    m_link_status_label->setObjectName(QStringLiteral("linkStatusLabel"));
+    m_link_status = new LinkStatus(this);
+    m_link_status->setReceiver(m_spp_host.get());
+    m_link_status_label->setText(m_link_status->text());
+    connect(m_link_status, &LinkStatus::textChanged, m_link_status_label, &QLabel::setText);
+    connect(m_link_status, &LinkStatus::toolTipChanged, m_link_status_label, &QLabel::setToolTip);
+    connect(m_spp_host.get(), &SppHost::newPacket, m_link_status, &LinkStatus::frameReceived);
+    // Left of the activity icon.
+    statusBar()->insertPermanentWidget(0, m_link_status_label);
+
+    m_reconnector = new Reconnector(this);
+    connect(m_reconnector, &Reconnector::scheduled, m_link_status, &LinkStatus::retrying);
+    connect(m_reconnector, &Reconnector::retry, this, &MainWindow::retryLink);
+    connect(&tcpSocket, &QTcpSocket::errorOccurred, this, &MainWindow::tcpError);
+
+    m_blink = new BlinkSchedule(INDICATOR_MS, this);
+    connect(m_blink, &BlinkSchedule::due, this, &MainWindow::packetIndicatorStop);
+    m_drain_timer.setSingleShot(true);
+    m_drain_timer.setInterval(0);
+    connect(&m_drain_timer, &QTimer::timeout, this, &MainWindow::drainLinks);
+}
+
+void MainWindow::openLink(const LinkSpec &spec)
+{
+    linkTypeCombo->setCurrentText(spec.typeName());
+    if (spec.kind == LinkSpec::Serial) {
+        serialPortCombo->setCurrentText(spec.device);
+        serialBaudText->setText(QString::number(spec.baud));
+    } else {
+        hostText->setText(spec.host);
+        portText->setText(QString::number(spec.port));
+    }
+    toggleConnection();
+}
+
+void MainWindow::setReconnect(bool enabled)
+{
+    m_reconnector->setEnabled(enabled);
+}
+
+LinkStatus *MainWindow::linkStatus() const
+{
+    return m_link_status;
+}
+
+// The link as the fields describe it.
+LinkSpec MainWindow::linkInFields() const
+{
+    LinkSpec spec;
+    const QString type = linkTypeCombo->currentText();
+    if (type == QLatin1String(LINK_SERIAL)) {
+        spec.kind = LinkSpec::Serial;
+        spec.device = serialPortCombo ? serialPortCombo->currentText() : QString();
+        spec.baud = serialBaudText ? serialBaudText->text().toInt() : 0;
+    } else {
+        spec.kind = type == QLatin1String(LINK_UDP) ? LinkSpec::Udp : LinkSpec::Tcp;
+        spec.host = hostText ? hostText->text() : QString();
+        spec.port = currentPort();
+    }
+    return spec;
+}
+
+// A retry connects the handlers once only, so that reconnecting all night
+// does not pile up handler runs.
+Qt::ConnectionType MainWindow::handlerConnection() const
+{
+    return m_retrying ? Qt::UniqueConnection : Qt::AutoConnection;
+}
+
+void MainWindow::linkUp()
+{
+    // A loss message from before is stale now.
+    const QString shown = statusBar()->currentMessage();
+    if (shown == tr("TCP disconnected!") || shown == tr("Serial port lost!"))
+        statusBar()->clearMessage();
+    m_link_status->up();
+    m_reconnector->connected();
+}
+
+void MainWindow::linkFailed(const QString &reason)
+{
+    m_link_status->down(reason);
+    m_reconnector->failed();
+    // While a retry is due, the button stops the retries.
+    if (m_reconnector->isPending() && connectButton)
+        connectButton->setText(tr("Disconnect"));
+}
+
+void MainWindow::retryLink()
+{
+    setConnected(NONE);
+    m_retrying = true;
+    toggleConnection();
+    m_retrying = false;
+}
+
+void MainWindow::tcpError(QAbstractSocket::SocketError error)
+{
+    // A loss of an established connection is reported by tcpDisconnected.
+    if (m_link_status->state() != LinkStatus::Connecting)
+        return;
+    switch (error) {
+    case QAbstractSocket::ConnectionRefusedError:
+        linkFailed(tr("connection refused"));
+        break;
+    case QAbstractSocket::HostNotFoundError:
+        linkFailed(tr("host not found"));
+        break;
+    default:
+        linkFailed(tcpSocket.errorString());
+        break;
+    }
 }
 
 MainWindow::~MainWindow()
@@ -216,17 +341,23 @@ void MainWindow::toggleConnection()
         return;
     }
 
+    if (!m_retrying)
+        m_reconnector->stop(); // the operator's own press starts over
+    m_link_status->connecting(linkInFields().describe());
     const QString type = linkTypeCombo->currentText();
     if (type == QLatin1String(LINK_SERIAL)) {
         openSerial();
         return;
     }
-    if (!resolvePeer())
+    if (!resolvePeer()) {
+        linkFailed(tr("host not found"));
         return;
+    }
     if (type == QLatin1String(LINK_TCP)) {
-        connect(&tcpSocket, &QTcpSocket::connected, this, &MainWindow::tcpConnected);
-        connect(&tcpSocket, &QTcpSocket::disconnected, this, &MainWindow::tcpDisconnected);
-        connect(&tcpSocket, &QTcpSocket::readyRead, this, &MainWindow::readTcpData);
+        connect(&tcpSocket, &QTcpSocket::connected, this, &MainWindow::tcpConnected, handlerConnection());
+        connect(
+            &tcpSocket, &QTcpSocket::disconnected, this, &MainWindow::tcpDisconnected, handlerConnection());
+        connect(&tcpSocket, &QTcpSocket::readyRead, this, &MainWindow::readTcpData, handlerConnection());
         tcpSocket.connectToHost(m_ip_address, currentPort(), QIODevice::ReadWrite);
     } else if (type == QLatin1String(LINK_UDP)) {
         openUdp();
@@ -241,10 +372,12 @@ void MainWindow::openSerial()
     m_serial->setBaudRate(serialBaudText->text().toInt());
     if (!m_serial->open(QIODevice::ReadWrite)) {
         qDebug() << "Port NOT opened:" << m_serial->errorString();
+        linkFailed(tr("port cannot be opened: %1").arg(m_serial->errorString()));
         return;
     }
-    connect(m_serial, &QSerialPort::readyRead, this, &MainWindow::readSerialData);
+    connect(m_serial, &QSerialPort::readyRead, this, &MainWindow::readSerialData, handlerConnection());
     setConnected(SERIAL);
+    linkUp();
 }
 
 // Fills m_ip_address from the host field: an IPv4 literal directly,
@@ -275,9 +408,10 @@ void MainWindow::openUdp()
     // An empty datagram tells the far end where this client listens.
     udpSocket.writeDatagram(QByteArray(), m_ip_address, currentPort());
     m_udp_tick_timer.start(UDP_TICK_MS);
-    connect(&m_udp_tick_timer, &QTimer::timeout, this, &MainWindow::tickUdpSocket);
-    connect(&udpSocket, &QUdpSocket::readyRead, this, &MainWindow::readUdpData);
+    connect(&m_udp_tick_timer, &QTimer::timeout, this, &MainWindow::tickUdpSocket, handlerConnection());
+    connect(&udpSocket, &QUdpSocket::readyRead, this, &MainWindow::readUdpData, handlerConnection());
     setConnected(UDP);
+    linkUp();
 }
 
 void MainWindow::setConnected(ConnectionType connection)
@@ -296,6 +430,7 @@ quint16 MainWindow::currentPort() const
 void MainWindow::tcpConnected()
 {
     setConnected(TCP);
+    linkUp();
 }
 
 void MainWindow::tcpDisconnected()
@@ -304,6 +439,7 @@ void MainWindow::tcpDisconnected()
         return;
     setConnected(NONE);
     statusBar()->showMessage(tr("TCP disconnected!"));
+    linkFailed(tr("lost"));
 }
 
 // A port that goes away while open (an adapter pulled out, the far end of a
@@ -316,8 +452,10 @@ void MainWindow::serialPortError(QSerialPort::SerialPortError error)
     if (m_active_connection != SERIAL || !m_serial->isOpen())
         return;
     qWarning() << "Serial port lost:" << m_serial->errorString();
+    const QString reason = m_serial->errorString();
     closeConnection();
     statusBar()->showMessage(tr("Serial port lost!"));
+    linkFailed(tr("lost: %1").arg(reason));
 }
 
 void MainWindow::closeConnection()
@@ -332,6 +470,8 @@ void MainWindow::closeConnection()
     // completes at once, and tcpDisconnected must see a loss the user asked
     // for.
     setConnected(NONE);
+    m_reconnector->stop();
+    m_link_status->closed();
     if (tcpSocket.state() != QAbstractSocket::UnconnectedState)
         tcpSocket.disconnectFromHost();
 }
@@ -352,20 +492,41 @@ void MainWindow::feedSppHost(const QString &source, const QByteArray &bytes)
         m_spp_host->parse(uint8_t(byte));
 }
 
+// Each read takes at most READ_BYTES and hands all of them over before it
+// returns; the rest waits for the next pass of the event loop.
 void MainWindow::readSerialData()
 {
-    feedSppHost(QStringLiteral("serial"), m_serial->readAll());
+    feedSppHost(QStringLiteral("serial"), m_serial->read(READ_BYTES));
+    drainLater(m_serial->bytesAvailable() > 0);
 }
 
 void MainWindow::readTcpData()
 {
-    feedSppHost(QStringLiteral("tcp"), tcpSocket.readAll());
+    feedSppHost(QStringLiteral("tcp"), tcpSocket.read(READ_BYTES));
+    drainLater(tcpSocket.bytesAvailable() > 0);
+}
+
+void MainWindow::drainLater(bool more)
+{
+    if (more && !m_drain_timer.isActive())
+        m_drain_timer.start();
+}
+
+void MainWindow::drainLinks()
+{
+    if (m_serial->isOpen() && m_serial->bytesAvailable() > 0)
+        readSerialData();
+    if (tcpSocket.bytesAvailable() > 0)
+        readTcpData();
+    if (udpSocket.hasPendingDatagrams())
+        readUdpData();
 }
 
 // Datagram boundaries are not frame boundaries: the framing host joins
 // frames split across datagrams.
 void MainWindow::readUdpData()
 {
+    qint64 taken = 0;
     do {
         QByteArray datagram(int(qMax<qint64>(0, udpSocket.pendingDatagramSize())), Qt::Uninitialized);
         QHostAddress sender;
@@ -373,7 +534,9 @@ void MainWindow::readUdpData()
         if (udpSocket.readDatagram(datagram.data(), datagram.size(), &sender, &sender_port) < 0)
             break;
         feedSppHost(QStringLiteral("udp"), datagram);
-    } while (udpSocket.hasPendingDatagrams());
+        taken += datagram.size();
+    } while (udpSocket.hasPendingDatagrams() && taken < READ_BYTES);
+    drainLater(udpSocket.hasPendingDatagrams());
 }
 
 void MainWindow::sendData(const QByteArray &data)
@@ -412,17 +575,20 @@ QString MainWindow::linkName() const
     return QString();
 }
 
-// Every packet starts its own timer; the first timer of a burst turns the
-// icon grey again.
+// Every packet asks for its own return to grey 200 ms later; the first of
+// a burst turns the icon grey again.
 void MainWindow::packetIndicatorStart()
 {
-    m_packet_inducator->setPixmap(m_icon_active);
-    QTimer::singleShot(INDICATOR_MS, this, &MainWindow::packetIndicatorStop);
+    if (!m_blue)
+        m_packet_inducator->setPixmap(m_icon_active);
+    m_blue = true;
+    m_blink->add();
 }
 
 void MainWindow::packetIndicatorStop()
 {
     m_packet_inducator->setPixmap(m_icon_idle);
+    m_blue = false;
 }
 
 // A payload too short for its header counts as all header: no extension

@@ -17,12 +17,17 @@
 #include <memory>
 #include <stdint.h>
 
+#include "linkspec.h"
+
+class BlinkSchedule;
 class IridiumTcp;
+class LinkStatus;
 class QComboBox;
 class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class Reconnector;
 class SppHost;
 class Station;
 class StationListModel;
@@ -56,6 +61,15 @@ public:
     // "serial:DEVICE@BAUD"; empty while none is open.
     QString linkName() const;
 
+    // Acts as if the operator had picked the link type, filled the fields
+    // and pressed "Connect".
+    void openLink(const LinkSpec &spec);
+    // Off by default: a lost link or a failed attempt is tried again after
+    // 1 s, doubling to 30 s, until the operator disconnects.
+    void setReconnect(bool enabled);
+    // What the status label shows, with the link's counters.
+    LinkStatus *linkStatus() const;
+
 public slots:
     // Link management
     void linkTypeChanged(const QString &type);
@@ -71,6 +85,10 @@ public slots:
     void sendData(const QByteArray &data);
     void packetIndicatorStart();
     void packetIndicatorStop();
+    void tcpError(QAbstractSocket::SocketError error);
+    void retryLink();
+    // Reads on where a bounded read left bytes behind.
+    void drainLinks();
 
     // Incoming packets
     void handleSppPacket(uint8_t type, const uint8_t *d, uint16_t d_len, const QString &path);
@@ -103,6 +121,12 @@ private:
     QByteArray packExtCommand(const QString &command);
     void appendTerminal(const QString &text);
     void setActiveStation(const QString &callsign);
+    void buildLinkStatus();
+    LinkSpec linkInFields() const;
+    Qt::ConnectionType handlerConnection() const;
+    void linkUp();
+    void linkFailed(const QString &reason);
+    void drainLater(bool more);
 
     Ui::MainWindow *ui;
     QSerialPort *m_serial;
@@ -137,6 +161,16 @@ private:
     QPointer<QLineEdit> hostText;
     QPointer<QLineEdit> portText;
     QFormLayout *linkTypeLayout;
+
+    // Beside the link: its state in words, automatic reconnection, reads
+    // bounded so that a flood cannot hold the event loop.
+    QLabel *m_link_status_label = nullptr;
+    LinkStatus *m_link_status = nullptr;
+    Reconnector *m_reconnector = nullptr;
+    BlinkSchedule *m_blink = nullptr;
+    bool m_blue = false;
+    bool m_retrying = false; // toggleConnection runs for a retry
+    QTimer m_drain_timer;
 };
 
 #endif

@@ -5,9 +5,12 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include "cockpit.h"
+#include "commandjournal.h"
 #include "gliderstation.h"
 #include "mainwindow.h"
 #include "simprocess.h"
+#include "telemetrystore.h"
 
 namespace
 {
@@ -120,6 +123,11 @@ private slots:
         QVERIFY(m_sim.log().count(relayed) > before);
         QTRY_COMPARE_WITH_TIMEOUT(w<QLabel>(&station, "ackLabel")->palette().color(QPalette::WindowText),
             QColor(Qt::darkGreen), WaitMs);
+        // The journal says the same, and the history holds positions for the track.
+        const CommandJournal *journal = station.cockpit()->journal();
+        QTRY_COMPARE_WITH_TIMEOUT(journal->entryAt(0).state, CommandJournal::Confirmed, WaitMs);
+        QCOMPARE(journal->entryAt(0).commands, QStringList { "telemetry request Pell" });
+        QVERIFY(!station.cockpit()->store()->track().isEmpty());
         if (qEnvironmentVariableIsSet("VARDA_SCREENSHOTS"))
             QVERIFY(station.grab().save(qEnvironmentVariable("VARDA_SCREENSHOTS") + "/glider-station.png"));
     }

@@ -53,6 +53,8 @@ private slots:
         QTest::addColumn<bool>("pp");
         QTest::addColumn<QByteArray>("stream");
         QTest::addColumn<Payloads>("expected");
+        QTest::addColumn<int>("badCrc");
+        QTest::addColumn<int>("dropped");
         for (const bool pp : { false, true }) {
             const auto frame = [pp](const QByteArray &payload) {
                 return pp ? reference::ppFrame(payload) : sppFrame(3, payload);
@@ -61,25 +63,30 @@ private slots:
                 return QTest::addRow("%s: %s", pp ? "pp" : "spp", name) << pp;
             };
             const QByteArray ok = frame("ok"), next = frame("next");
+            const int header = frame("").size();
+            // Expected payloads, then frames with a bad CRC and bytes dropped outside frames.
             row("garbage first") << QByteArray("\0\x11##$$", 6).replace(pp ? '#' : '$', '.') + ok
-                                 << Payloads { "ok" };
-            row("back to back") << ok + next + ok << Payloads { "ok", "next", "ok" };
-            row("largest payload") << frame(pattern(255, 1)) << Payloads { pattern(255, 1) };
+                                 << Payloads { "ok" } << 0 << 6;
+            row("back to back") << ok + next + ok << Payloads { "ok", "next", "ok" } << 0 << 0;
+            row("largest payload") << frame(pattern(255, 1)) << Payloads { pattern(255, 1) } << 0 << 0;
             // No resynchronisation inside a frame, and a bad frame is not rescanned.
-            row("bad crc") << ok.left(ok.size() - 1) + '~' + next << Payloads { "next" };
-            row("cut frame eats the next")
-                << frame("hello").left(frame("").size() + 1) + frame("lost") + next << Payloads { "next" };
-            row("good frame inside a bad one") << frame(ok).replace(1, 2, "~~") + next << Payloads { "next" };
+            row("bad crc") << ok.left(ok.size() - 1) + '~' + next << Payloads { "next" } << 1 << 0;
+            // "hello" takes the first four bytes of "lost"; the rest of "lost" is skipped.
+            row("cut frame eats the next") << frame("hello").left(header + 1) + frame("lost") + next
+                                           << Payloads { "next" } << 1 << header;
+            row("good frame inside a bad one")
+                << frame(ok).replace(1, 2, "~~") + next << Payloads { "next" } << 1 << 0;
             // A zero-length frame is never delivered; it stores 255 more bytes and drops the 256th.
-            row("zero length, 255 later")
-                << frame("") + QByteArray(255, 'x') + frame("lost") + next << Payloads { "next" };
-            row("zero length, 256 later") << frame("") + QByteArray(256, 'x') + next << Payloads { "next" };
+            row("zero length, 255 later") << frame("") + QByteArray(255, 'x') + frame("lost") + next
+                                          << Payloads { "next" } << 0 << header + 256 + header + 3;
+            row("zero length, 256 later")
+                << frame("") + QByteArray(256, 'x') + next << Payloads { "next" } << 0 << header + 256;
         }
         vrd_pphdr_t hdr;
         varda_pp_fill_header(&hdr, bytes("\1\2\3"), 3);
         QTest::newRow("pp: header filled here")
             << true << QByteArray(reinterpret_cast<const char *>(&hdr), sizeof hdr) + "\1\2\3"
-            << Payloads { "\1\2\3" };
+            << Payloads { "\1\2\3" } << 0 << 0;
     }
     void streams()
     {
@@ -93,6 +100,16 @@ private slots:
         for (const QByteArray &payload : expected)
             wanted += pp ? Payloads { payload } : Payloads { '\x03' + payload, '\x03' + payload };
         QCOMPARE(s_frames, wanted);
+
+        QFETCH(int, badCrc);
+        QFETCH(int, dropped);
+        const vrd_frame_counters_t &counters = pp ? m_pp.counters : m_spp.counters;
+        QCOMPARE(counters.bad_crc, quint64(badCrc));
+        QCOMPARE(counters.dropped, quint64(dropped));
+        if (!pp) {
+            QCOMPARE(m_host->badCrcFrames(), quint64(badCrc));
+            QCOMPARE(m_host->droppedBytes(), quint64(dropped));
+        }
     }
 
     // The length byte is the character count, not the encoded byte count.

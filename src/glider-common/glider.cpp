@@ -188,7 +188,11 @@ void Glider::incomingSbd(const QString &imei, const QByteArray &payload)
 
 void Glider::sendData(const uint8_t *data, uint16_t length)
 {
-    const QString link = ui->activeLinkCombo->currentText();
+    sendDataOver(ui->activeLinkCombo->currentText(), data, length);
+}
+
+void Glider::sendDataOver(const QString &link, const uint8_t *data, uint16_t length)
+{
     const QByteArray block(reinterpret_cast<const char *>(data), length);
     if (link == "Pell") {
         if (length > MAX_PELL_BLOCK) {

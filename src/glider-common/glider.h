@@ -43,6 +43,9 @@ public:
 
     // Sends a command block over the link chosen in "Active link:".
     void sendData(const uint8_t *data, uint16_t length);
+    // Sends a command block over the named link ("Pell" or "Iridium"),
+    // whatever "Active link:" says; for a host that re-routes a block.
+    void sendDataOver(const QString &link, const uint8_t *data, uint16_t length);
     // Numbers a command (the next sequence number is written into it) and
     // queues it; sends the queue at once unless queueing is on.
     void sendCommand(command_t *cmd);

@@ -14,14 +14,24 @@ void SppHost::setSource(const QString &source)
 
 void SppHost::parse(uint8_t byte)
 {
-    if (vrd_frame_rx_byte(&VARDA_SPP_FORMAT, d, &d_len, &d_target, &state, byte))
+    if (vrd_frame_rx_byte(&VARDA_SPP_FORMAT, d, &d_len, &d_target, &state, &m_counters.dropped, byte))
         frameComplete();
 }
 
 void SppHost::frameComplete()
 {
-    if (vrd_frame_crc_ok(d, d_len))
+    if (vrd_frame_check(d, d_len, &m_counters))
         emit newPacket(d[3], d + SPP_HEADER_LEN, uint16_t(d_len - SPP_HEADER_LEN), m_source);
+}
+
+quint64 SppHost::badCrcFrames() const
+{
+    return m_counters.bad_crc;
+}
+
+quint64 SppHost::droppedBytes() const
+{
+    return m_counters.dropped;
 }
 
 // Fills start and CRC of a frame whose type, length and payload are in place.

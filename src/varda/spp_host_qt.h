@@ -34,6 +34,11 @@ public:
     static QByteArray packTransmit(const uint8_t *data, unsigned len, uint8_t flags);
     static QByteArray packTransmit(const QByteArray &data, uint8_t flags);
 
+    // What the receiver threw away since construction: frames whose CRC
+    // failed, and bytes outside any frame (varda_frame_rx.h).
+    quint64 badCrcFrames() const;
+    quint64 droppedBytes() const;
+
 signals:
     // data points into the host's own buffer and is valid only during the
     // emission; receivers copy what they keep.
@@ -47,6 +52,7 @@ private:
     uint16_t d_len = 0;
     uint16_t d_target = 0;
     uint8_t state = START;
+    vrd_frame_counters_t m_counters = { 0, 0 };
     QString m_source;
 };
 

@@ -5,6 +5,7 @@
 #include <QMainWindow>
 #include <QString>
 
+class Cockpit;
 class GatewaySettings;
 class Glider;
 class MainWindow;
@@ -23,19 +24,24 @@ public:
     MainWindow *radio() const;
     Glider *glider() const;
     GatewaySettings *gateway() const;
+    Cockpit *cockpit() const;
 
 public slots:
     // Vehicle data heard on the radio goes on to relayhub while the
     // operator wants it to and the gateway is connected.
     void forwardPayload(const QString &callsign, const QByteArray &payload);
+    // Says in the status bar that the gateway client was replaced.
+    void gatewayStalled(const QString &reason);
 
 private:
     void wire();
+    void addCockpit(QWidget *vehicle);
 
     QTabWidget *m_tabs;
     MainWindow *m_radio;
     GatewaySettings *m_gateway;
     Glider *m_glider;
+    Cockpit *m_cockpit;
 };
 
 #endif

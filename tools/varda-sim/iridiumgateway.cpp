@@ -41,6 +41,11 @@ void IridiumGateway::setRate(double rate)
     m_rate = rate;
 }
 
+void IridiumGateway::setCorruptLength(bool corrupt)
+{
+    m_corruptLength = corrupt;
+}
+
 void IridiumGateway::acceptClient()
 {
     while (QTcpSocket *socket = m_server.nextPendingConnection()) {
@@ -134,6 +139,15 @@ void IridiumGateway::deliverMo(const QByteArray &data)
 {
     const QByteArray frame
         = GatewayStream::frame(GATEWAY_RAW_PAYLOAD, GatewayStream::vehiclePayload(m_imei, data));
+    if (m_corruptLength && !m_clients.isEmpty()) {
+        m_corruptLength = false;
+        QByteArray absurd = frame;
+        absurd[3] = char(0x7F); // tot_length about 2 GB; the content follows as if it fitted
+        for (auto it = m_clients.cbegin(); it != m_clients.cend(); ++it)
+            it.key()->write(absurd);
+        simLog("gateway",
+            QString("fault: one message with an absurd length to %1 client(s)").arg(m_clients.size()));
+    }
     for (auto it = m_clients.cbegin(); it != m_clients.cend(); ++it)
         it.key()->write(frame);
     simLog("gateway",

@@ -29,6 +29,9 @@ public:
     // The vehicle behind imei; without one, messages are taken and dropped.
     void setVehicle(SimGlider *glider, const QString &imei);
     void setRate(double rate);
+    // Fault: the next message to the clients is preceded by one whose
+    // tot_length is absurd.
+    void setCorruptLength(bool corrupt);
 
 public slots:
     // A mobile-originated message of the vehicle.
@@ -48,6 +51,7 @@ private:
     QList<QByteArray> m_mtQueue;
     QTimer m_session;
     double m_rate = 1.0;
+    bool m_corruptLength = false;
 };
 
 #endif

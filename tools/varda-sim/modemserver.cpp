@@ -1,6 +1,7 @@
 #include "modemserver.h"
 
 #include <QNetworkDatagram>
+#include <QRandomGenerator>
 #include <QTcpSocket>
 
 #include "pseudoterminal.h"
@@ -19,6 +20,15 @@ ModemServer::ModemServer(QObject *parent)
 {
     connect(&m_tcp, &QTcpServer::newConnection, this, &ModemServer::acceptTcp);
     connect(&m_udp, &QUdpSocket::readyRead, this, &ModemServer::readUdp);
+    connect(&m_drop, &QTimer::timeout, this, &ModemServer::dropClients);
+}
+
+void ModemServer::setFaults(double dropEverySeconds, double corruptShare, QRandomGenerator *rng)
+{
+    m_corrupt = corruptShare;
+    m_rng = rng;
+    if (dropEverySeconds > 0)
+        m_drop.start(int(dropEverySeconds * 1000));
 }
 
 bool ModemServer::listen(const QHostAddress &address, quint16 port, QString *error)
@@ -40,11 +50,40 @@ QString ModemServer::openPty(QString *error)
     m_pty = new PseudoTerminal(this);
     if (!m_pty->open(error))
         return QString();
+    m_ptyLink = addPtyLink();
+    return m_pty->name();
+}
+
+SppLink *ModemServer::addPtyLink()
+{
     PseudoTerminal *pty = m_pty;
     SppLink *link = addLink("serial", [pty](const QByteArray &bytes) { pty->write(bytes); });
     connect(pty, &PseudoTerminal::bytesRead, link, &SppLink::feed);
     simLog("modem", QString("serial link on %1").arg(pty->name()));
-    return pty->name();
+    return link;
+}
+
+// Graceful closes: what was written still arrives, so no frame is cut.
+void ModemServer::dropClients()
+{
+    const QList<QTcpSocket *> sockets = findChildren<QTcpSocket *>(QString(), Qt::FindDirectChildrenOnly);
+    simLog("modem",
+        QString("fault: dropping %1 TCP client(s)%2").arg(sockets.size()).arg(m_pty ? " and the pty" : ""));
+    for (QTcpSocket *socket : sockets)
+        socket->disconnectFromHost();
+    if (!m_pty)
+        return;
+    simLog("modem", "serial link closed (" + m_ptyLink->takeTally() + ")");
+    delete m_ptyLink;
+    QString error;
+    if (!m_pty->reopen(&error)) {
+        simLog("modem", "pty not reopened: " + error);
+        m_ptyLink = nullptr;
+        m_pty->deleteLater();
+        m_pty = nullptr;
+        return;
+    }
+    m_ptyLink = addPtyLink();
 }
 
 SppLink *ModemServer::addLink(const QString &name, const std::function<void(const QByteArray &)> &writer)
@@ -59,13 +98,14 @@ SppLink *ModemServer::addLink(const QString &name, const std::function<void(cons
 void ModemServer::acceptTcp()
 {
     while (QTcpSocket *socket = m_tcp.nextPendingConnection()) {
+        socket->setParent(this);
         const QString name
             = QString("tcp %1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort());
         SppLink *link = addLink(name, [socket](const QByteArray &bytes) { socket->write(bytes); });
         link->setParent(socket);
         connect(socket, &QTcpSocket::readyRead, link, [socket, link] { link->feed(socket->readAll()); });
-        connect(socket, &QTcpSocket::disconnected, this, [this, socket, name] {
-            simLog("modem", name + " disconnected");
+        connect(socket, &QTcpSocket::disconnected, this, [this, socket, name, link] {
+            simLog("modem", name + " disconnected (" + link->takeTally() + ")");
             socket->deleteLater();
         });
         simLog("modem", name + " connected");
@@ -113,8 +153,12 @@ void ModemServer::dropSilentUdpPeers()
 void ModemServer::broadcast(const QByteArray &frame)
 {
     dropSilentUdpPeers();
+    const bool corrupt = m_corrupt > 0 && m_rng && m_rng->generateDouble() < m_corrupt && frame.size() > 2;
+    QByteArray sent = frame;
+    if (corrupt)
+        sent[1] = char(sent.at(1) ^ 0x5A); // the CRC's low byte: the frame stays whole, its check fails
     for (SppLink *link : qAsConst(m_links))
-        link->send(frame);
+        link->send(sent, corrupt);
 }
 
 QList<SppLink *> ModemServer::links() const

@@ -8,7 +8,10 @@
 #include <QObject>
 #include <QString>
 #include <QTcpServer>
+#include <QTimer>
 #include <QUdpSocket>
+
+class QRandomGenerator;
 
 class PseudoTerminal;
 class SppLink;
@@ -28,6 +31,12 @@ public:
     QString openPty(QString *error);
 
     QList<SppLink *> links() const;
+    // Faults: every dropEverySeconds (0: never) TCP clients are closed and
+    // the pseudo-terminal is opened afresh; a corruptShare of broadcast
+    // frames goes out with a bad CRC. Each client's tally is logged when it
+    // goes.
+    void setFaults(double dropEverySeconds, double corruptShare, QRandomGenerator *rng);
+
     // Sends a frame to every client.
     void broadcast(const QByteArray &frame);
 
@@ -40,6 +49,8 @@ private:
     void readUdp();
     SppLink *addLink(const QString &name, const std::function<void(const QByteArray &)> &writer);
     void dropSilentUdpPeers();
+    void dropClients();
+    SppLink *addPtyLink();
 
     struct UdpPeer {
         SppLink *link;
@@ -51,6 +62,10 @@ private:
     QHash<QString, UdpPeer> m_udpPeers;
     QList<SppLink *> m_links;
     PseudoTerminal *m_pty = nullptr;
+    SppLink *m_ptyLink = nullptr;
+    QTimer m_drop;
+    double m_corrupt = 0;
+    QRandomGenerator *m_rng = nullptr;
 };
 
 #endif

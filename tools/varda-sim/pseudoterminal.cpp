@@ -16,10 +16,24 @@ PseudoTerminal::PseudoTerminal(QObject *parent)
 
 PseudoTerminal::~PseudoTerminal()
 {
+    closeAll();
+}
+
+void PseudoTerminal::closeAll()
+{
+    delete m_notifier;
+    m_notifier = nullptr;
     if (m_slave >= 0)
         ::close(m_slave);
     if (m_master >= 0)
         ::close(m_master);
+    m_slave = m_master = -1;
+}
+
+bool PseudoTerminal::reopen(QString *error)
+{
+    closeAll();
+    return open(error);
 }
 
 static QString systemError(const char *what)

@@ -19,6 +19,9 @@ public:
     ~PseudoTerminal() override;
 
     bool open(QString *error);
+    // Closes both sides, so the client's port fails, and opens a new
+    // terminal; its name may differ.
+    bool reopen(QString *error);
     QString name() const;
     // Writes what the terminal takes now; the rest is dropped, as a modem
     // drops what a client that is not reading cannot take.
@@ -29,6 +32,7 @@ signals:
 
 private:
     void readMaster();
+    void closeAll();
 
     int m_master = -1;
     int m_slave = -1;

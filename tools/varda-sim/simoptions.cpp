@@ -25,6 +25,24 @@ const QCommandLineOption Speed("speed",
     "(default 1).",
     "factor", "1");
 const QCommandLineOption Pty("pty", "Also serve the modem on a pseudo-terminal; its name is logged.");
+const QCommandLineOption DropEvery("drop-every",
+    "Fault: close the modem's TCP connections and pseudo-terminal every SECONDS (default: never).",
+    "seconds");
+const QCommandLineOption Corrupt(
+    "corrupt", "Fault: send this share (0 to 1) of frames with a bad CRC.", "fraction", "0");
+const QCommandLineOption GatewayCorruptLength(
+    "gateway-corrupt-length", "Fault: the gateway sends one message with an absurd length, then carries on.");
+
+// Reads an optional number in [low, high]; false when given and not one.
+bool readFault(
+    const CommandLine &parser, const QCommandLineOption &option, double low, double high, double *value)
+{
+    if (!parser.isSet(option))
+        return true;
+    bool ok = false;
+    *value = parser.value(option).toDouble(&ok);
+    return ok && *value >= low && *value <= high;
+}
 
 bool readPort(const QString &text, quint16 *port)
 {
@@ -83,6 +101,12 @@ bool readNumbers(const CommandLine &parser, SimOptions *options, QString *error)
         *error = "the number of stations is 0 to 8";
         return false;
     }
+    if (!readFault(parser, DropEvery, 0.5, 86400, &options->dropEvery)
+        || !readFault(parser, Corrupt, 0, 1, &options->corrupt)) {
+        *error = "--drop-every takes 0.5 to 86400 seconds, --corrupt a fraction from 0 to 1";
+        return false;
+    }
+    options->gatewayCorruptLength = parser.isSet(GatewayCorruptLength);
     options->seedGiven = parser.isSet(Seed);
     options->seed = parser.value(Seed).toUInt(&ok);
     if (options->seedGiven && !ok) {
@@ -95,8 +119,8 @@ bool readNumbers(const CommandLine &parser, SimOptions *options, QString *error)
 
 void SimOptions::declare(CommandLine *cli)
 {
-    for (const QCommandLineOption &option :
-        { Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty, Replay, Speed })
+    for (const QCommandLineOption &option : { Bind, ModemPort, GatewayPort, Rate, Seed, Roles, Stations, Pty,
+             DropEvery, Corrupt, GatewayCorruptLength, Replay, Speed })
         cli->addOption(option);
 }
 

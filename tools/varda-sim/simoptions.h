@@ -22,6 +22,12 @@ struct SimOptions {
     // Replay: the modem plays a capture's inbound bytes instead, nothing else runs.
     QString replay;
     double speed = 1.0;
+    // Faults on demand: close every modem client (and the pty) each
+    // dropEvery seconds, send that share of frames with a bad CRC, send the
+    // gateway's clients one message with an absurd length.
+    double dropEvery = 0;
+    double corrupt = 0;
+    bool gatewayCorruptLength = false;
 
     // Adds the simulator's options to the command line.
     static void declare(CommandLine *cli);

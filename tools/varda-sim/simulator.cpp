@@ -62,6 +62,7 @@ bool Simulator::startModem(QString *error)
         return false;
     if (m_options.pty && m_server->openPty(error).isEmpty())
         return false;
+    m_server->setFaults(m_options.dropEvery, m_options.corrupt, &m_rng);
     m_modem = new SimModem(LocalCallsign, m_server, &m_rng, this);
     addStations();
     m_modem->start(m_options.rate);
@@ -84,6 +85,7 @@ bool Simulator::startGateway(QString *error)
 {
     m_gateway = new IridiumGateway(this);
     m_gateway->setRate(m_options.rate);
+    m_gateway->setCorruptLength(m_options.gatewayCorruptLength);
     if (!m_gateway->listen(m_options.bind, m_options.gatewayPort, error))
         return false;
     if (m_glider) {

@@ -25,10 +25,20 @@ void SppLink::feed(const QByteArray &bytes)
         m_host.parse(uint8_t(c));
 }
 
-void SppLink::send(const QByteArray &frame)
+void SppLink::send(const QByteArray &frame, bool corrupted)
 {
-    if (!frame.isEmpty())
-        m_writer(frame);
+    if (frame.isEmpty())
+        return;
+    m_writer(frame);
+    m_sent++;
+    m_corrupted += corrupted ? 1 : 0;
+}
+
+QString SppLink::takeTally()
+{
+    const QString tally = QString("%1 frames sent, %2 with a bad CRC").arg(m_sent).arg(m_corrupted);
+    m_sent = m_corrupted = 0;
+    return tally;
 }
 
 QByteArray SppLink::frame(quint8 type, const QByteArray &payload)

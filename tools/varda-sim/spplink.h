@@ -23,7 +23,10 @@ public:
     QString name() const;
     // Bytes as they came from the client; may emit frameReceived.
     void feed(const QByteArray &bytes);
-    void send(const QByteArray &frame);
+    // corrupted: the frame carries a bad CRC on purpose; counted apart.
+    void send(const QByteArray &frame, bool corrupted = false);
+    // "N frames sent, M with a bad CRC" since the last call.
+    QString takeTally();
 
     // A complete SPP frame of any type (layout in varda_spp_host.h).
     // Empty when the payload is empty or longer than 255 bytes: the receiver
@@ -37,6 +40,8 @@ private:
     QString m_name;
     Writer m_writer;
     SppHost m_host;
+    int m_sent = 0;
+    int m_corrupted = 0;
 };
 
 #endif

@@ -10,8 +10,8 @@ void StreamSegmenter::feed(const uint8_t *bytes, size_t len)
 {
     for (size_t i = 0; i < len; ++i) {
         const uint8_t before = m_state;
-        const bool complete
-            = vrd_frame_rx_byte(&VARDA_SPP_FORMAT, m_frame, &m_len, &m_target, &m_state, bytes[i]);
+        const bool complete = vrd_frame_rx_byte(
+            &VARDA_SPP_FORMAT, m_frame, &m_len, &m_target, &m_state, &m_dropped, bytes[i]);
         if (before == VRD_FRAME_START && m_state == VRD_FRAME_HEADER)
             flush(); // the bytes before a start byte
         m_pending.push_back(bytes[i]);

@@ -38,6 +38,7 @@ private:
     uint16_t m_len = 0;
     uint16_t m_target = 0;
     uint8_t m_state = VRD_FRAME_START;
+    uint64_t m_dropped = 0; // the receiver's count; the blocks keep those bytes
 };
 
 #endif

@@ -8,6 +8,14 @@ bool vrd_frame_crc_ok(const uint8_t *d, uint16_t d_len)
     return crc_ccitt(d + 3, (uint16_t)(d_len - 3)) == stored;
 }
 
+bool vrd_frame_check(const uint8_t *d, uint16_t d_len, vrd_frame_counters_t *counters)
+{
+    if (vrd_frame_crc_ok(d, d_len))
+        return true;
+    counters->bad_crc++;
+    return false;
+}
+
 uint16_t vrd_frame_crc(const uint8_t *head, size_t head_len, const uint8_t *payload, size_t payload_len)
 {
     uint16_t crc = 0xFFFF;

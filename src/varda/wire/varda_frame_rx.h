@@ -19,6 +19,10 @@
  * - the end of a frame is only tested in the payload state, so a frame with
  *   length 0 is never delivered: the receiver stores bytes up to the buffer
  *   limit, drops the next one and starts hunting again.
+ *
+ * Counters (vrd_frame_counters_t) say what the receiver threw away without
+ * changing it: frames whose CRC failed, and bytes that never reached a CRC
+ * check (skipped while hunting, or lost with a zero-length frame).
  */
 
 enum vrd_frame_state_t { VRD_FRAME_START = 0, VRD_FRAME_HEADER = 1, VRD_FRAME_PAYLOAD = 2 };
@@ -29,9 +33,17 @@ typedef struct {
     uint16_t max_len; /* buffer size: header + 255 */
 } vrd_frame_fmt_t;
 
+typedef struct {
+    uint64_t bad_crc; /* complete frames whose CRC did not match */
+    uint64_t dropped; /* bytes outside any checked frame */
+} vrd_frame_counters_t;
+
 /* CRC check of a complete frame of d_len bytes: crc_ccitt over bytes 3 .. end
  * against the little-endian uint16 at bytes 1-2. */
 bool vrd_frame_crc_ok(const uint8_t *d, uint16_t d_len);
+
+/* vrd_frame_crc_ok that also counts a failure in counters->bad_crc. */
+bool vrd_frame_check(const uint8_t *d, uint16_t d_len, vrd_frame_counters_t *counters);
 
 /* CRC of a frame held in two pieces, chained without copying: the header
  * bytes from index 3 (head, head_len) and then the payload. Either piece may
@@ -42,7 +54,8 @@ uint16_t vrd_frame_crc(const uint8_t *head, size_t head_len, const uint8_t *payl
  * place: writes the start byte at 0 and the CRC, little-endian, at 1-2. */
 void vrd_frame_seal(uint8_t *d, size_t d_len, uint8_t start);
 
-/* Feeds one byte. d must hold fmt->max_len bytes. Returns true when d holds
+/* Feeds one byte. d must hold fmt->max_len bytes; *dropped counts the bytes
+ * thrown away outside frames. Returns true when d holds
  * a complete frame of *d_len bytes, CRC not yet checked (vrd_frame_crc_ok);
  * the receiver is then back in VRD_FRAME_START. Returns false otherwise
  * (byte stored or dropped, frame incomplete). Every store is bounded: by
@@ -50,8 +63,8 @@ void vrd_frame_seal(uint8_t *d, size_t d_len, uint8_t start);
  * Inline because it runs once per received byte; the payload state, where
  * nearly every byte goes, is tested first. Callers keep the per-frame work
  * in a function of its own so that the per-byte path stays a leaf. */
-static inline bool vrd_frame_rx_byte(
-    const vrd_frame_fmt_t *fmt, uint8_t *d, uint16_t *d_len, uint16_t *d_target, uint8_t *state, uint8_t byte)
+static inline bool vrd_frame_rx_byte(const vrd_frame_fmt_t *fmt, uint8_t *d, uint16_t *d_len,
+    uint16_t *d_target, uint8_t *state, uint64_t *dropped, uint8_t byte)
 {
     /* Length and target are kept in locals: a store into d may alias them,
      * and a reload after each store would lengthen the per-byte chain. */
@@ -73,6 +86,7 @@ static inline bool vrd_frame_rx_byte(
             *d_len = (uint16_t)(len + 1);
         } else {
             *state = VRD_FRAME_START;
+            *dropped += (uint64_t)len + 1;
         }
         return false;
     }
@@ -91,6 +105,8 @@ static inline bool vrd_frame_rx_byte(
         d[0] = byte;
         *d_len = 1;
         *state = VRD_FRAME_HEADER;
+    } else {
+        (*dropped)++;
     }
     return false;
 }

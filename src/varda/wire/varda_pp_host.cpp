@@ -6,19 +6,22 @@ void varda_pp_init(varda_pp_ctx_t *ctx, varda_pp_data_cb_t data_cb)
 {
     ctx->d_len = 0;
     ctx->d_target = 0;
+    ctx->counters.bad_crc = 0;
+    ctx->counters.dropped = 0;
     ctx->state = VRD_FRAME_START;
     ctx->data_cb = data_cb;
 }
 
 static void pp_frame_complete(varda_pp_ctx_t *ctx)
 {
-    if (vrd_frame_crc_ok(ctx->d, ctx->d_len) && ctx->data_cb)
+    if (vrd_frame_check(ctx->d, ctx->d_len, &ctx->counters) && ctx->data_cb)
         ctx->data_cb(ctx->d + PP_HEADER_LEN, (uint16_t)(ctx->d_len - PP_HEADER_LEN));
 }
 
 void varda_pp_parse(varda_pp_ctx_t *ctx, uint8_t byte)
 {
-    if (vrd_frame_rx_byte(&VARDA_PP_FORMAT, ctx->d, &ctx->d_len, &ctx->d_target, &ctx->state, byte))
+    if (vrd_frame_rx_byte(
+            &VARDA_PP_FORMAT, ctx->d, &ctx->d_len, &ctx->d_target, &ctx->state, &ctx->counters.dropped, byte))
         pp_frame_complete(ctx);
 }
 

@@ -33,6 +33,7 @@ typedef struct {
     uint8_t d[PP_MAX_FRAME];
     uint16_t d_len;
     uint16_t d_target;
+    vrd_frame_counters_t counters; /* since init */
     uint8_t state; /* 0 hunting, 1 header, 2 payload */
     varda_pp_data_cb_t data_cb;
 } varda_pp_ctx_t;

@@ -69,6 +69,7 @@ typedef struct {
     uint8_t d[SPP_MAX_FRAME];
     uint16_t d_len;
     uint16_t d_target;
+    vrd_frame_counters_t counters; /* since init */
     uint8_t state; /* vrd_frame_state_t */
     spp_data_cb_t data_cb;
 } spp_ctx_t;
@@ -80,7 +81,7 @@ void varda_spp_init(spp_ctx_t *ctx, spp_data_cb_t data_cb);
 
 /* Feeds one byte; calls data_cb (when set) with the type, the payload
  * inside ctx->d and its length for every frame whose CRC matches. Bad
- * frames are dropped silently. */
+ * frames are dropped, counted in ctx->counters. */
 void varda_spp_parse(spp_ctx_t *ctx, uint8_t byte);
 
 /* Fills a header for d_len payload bytes at d; the caller sends the header,
