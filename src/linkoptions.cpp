@@ -24,12 +24,12 @@ LinkOptions::LinkOptions(Gateway gateway)
 {
 }
 
-void LinkOptions::addTo(QCommandLineParser &parser) const
+void LinkOptions::addTo(QCommandLineParser *parser) const
 {
-    parser.addOption(m_link_option);
-    parser.addOption(m_reconnect_option);
+    parser->addOption(m_link_option);
+    parser->addOption(m_reconnect_option);
     if (m_gateway == WithGateway)
-        parser.addOption(m_gateway_option);
+        parser->addOption(m_gateway_option);
 }
 
 bool LinkOptions::read(const QCommandLineParser &parser, QString *error)

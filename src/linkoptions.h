@@ -6,22 +6,24 @@
 
 #include "linkspec.h"
 
+#include "optiongroup.h"
+
 class MainWindow;
 class QCommandLineParser;
 
 // The link options of both programs: --link connects at start, --reconnect
 // tries lost links again; with a gateway, --gateway HOST connects the
 // Iridium gateway at start as well.
-class LinkOptions
+class LinkOptions : public OptionGroup
 {
 public:
     enum Gateway { NoGateway, WithGateway };
 
     explicit LinkOptions(Gateway gateway = NoGateway);
 
-    void addTo(QCommandLineParser &parser) const;
+    void addTo(QCommandLineParser *parser) const override;
     // False with a one-line message when --link names no usable link.
-    bool read(const QCommandLineParser &parser, QString *error);
+    bool read(const QCommandLineParser &parser, QString *error) override;
     // Connects the window as the options ask.
     void applyTo(MainWindow *window) const;
 

@@ -16,16 +16,11 @@ int main(int argc, char *argv[])
         "commands from its terminal.");
     cli.acceptToolkitOptions();
     RecordingOptions recording;
-    recording.addTo(&cli.parser());
+    cli.addGroup(&recording);
     LinkOptions links;
-    links.addTo(cli.parser());
+    cli.addGroup(&links);
     if (!cli.parse(argc, argv))
         return cli.exitCode();
-    QString error;
-    if (!recording.read(cli.parser(), &error))
-        return cli.refuse(error);
-    if (!links.read(cli.parser(), &error))
-        return cli.refuse(error);
 
     QApplication app(argc, argv);
     setDesktopIdentity("varda-toolbox");

@@ -3,20 +3,22 @@
 
 #include <QString>
 
+#include "optiongroup.h"
+
 class QCommandLineParser;
 
 // The recording options of the tools: --no-record, --record-dir DIR and
 // --record-cap MIB. Recording is on by default, into the captures folder
 // under the user's data folder, capped at 2 GiB.
-class RecordingOptions
+class RecordingOptions : public OptionGroup
 {
 public:
     static const qint64 DefaultCapMib = 2048;
 
-    void addTo(QCommandLineParser *parser) const;
+    void addTo(QCommandLineParser *parser) const override;
     // After the parser has processed the command line. False with a message
     // in *error when a value is not acceptable.
-    bool read(const QCommandLineParser &parser, QString *error);
+    bool read(const QCommandLineParser &parser, QString *error) override;
 
     bool enabled() const;
     QString folder() const;

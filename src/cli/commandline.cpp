@@ -103,7 +103,25 @@ bool CommandLine::parse(const QStringList &arguments)
         refuse("unexpected argument '" + m_parser.positionalArguments().constFirst() + "'");
         return false;
     }
+    return readGroups();
+}
+
+bool CommandLine::readGroups()
+{
+    QString error;
+    for (OptionGroup *group : qAsConst(m_groups)) {
+        if (!group->read(m_parser, &error)) {
+            refuse(error);
+            return false;
+        }
+    }
     return true;
+}
+
+void CommandLine::addGroup(OptionGroup *group)
+{
+    group->addTo(&m_parser);
+    m_groups.append(group);
 }
 
 int CommandLine::exitCode() const

@@ -5,6 +5,9 @@
 #include <QCommandLineParser>
 #include <QString>
 #include <QStringList>
+#include <QVector>
+
+#include "optiongroup.h"
 
 // The command line of every program of the toolbox: --help (every option
 // with its default), --version (the project's version), and one rule for
@@ -49,10 +52,14 @@ public:
     QString value(const QCommandLineOption &option) const;
     QStringList values(const QCommandLineOption &option) const;
     QStringList positionalArguments() const;
-    // For groups of options that add themselves to a parser and read it
-    // back; add them before parse(). Positional arguments go through
-    // addPositionalArgument() all the same, or they are refused as stray.
+    // The parser itself, for what addGroup() does not cover. Positional
+    // arguments go through addPositionalArgument() all the same, or they are
+    // refused as stray.
     QCommandLineParser &parser();
+    // Declares the group's options now and reads them in parse(), in the
+    // order the groups were added; a wrong value is refused as above. The
+    // group must outlive parse().
+    void addGroup(OptionGroup *group);
 
     // Writes "<name>: <message> (see --help)" as one line on standard error
     // and returns UsageError, for values the program itself finds wrong.
@@ -61,11 +68,14 @@ public:
     QString helpText() const;
 
 private:
+    bool readGroups();
+
     QString m_name;
     QCommandLineParser m_parser;
     QCommandLineOption m_help;
     QCommandLineOption m_version;
     QString m_toolkitHelp; // what --help-all adds
+    QVector<OptionGroup *> m_groups;
     bool m_takesPositional = false;
     int m_exitCode = Success;
 };

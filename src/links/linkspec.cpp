@@ -95,3 +95,16 @@ QString LinkSpec::describe() const
         .arg(kind == Tcp ? QLatin1String("tcp") : QLatin1String("udp"), shown)
         .arg(port);
 }
+
+QString LinkSpec::name() const
+{
+    switch (kind) {
+    case Tcp:
+        return QStringLiteral("tcp:%1:%2").arg(host).arg(port);
+    case Udp:
+        return QStringLiteral("udp:%1:%2").arg(host).arg(port);
+    case Serial:
+        break;
+    }
+    return QStringLiteral("serial:%1@%2").arg(device).arg(baud);
+}

@@ -31,6 +31,10 @@ struct LinkSpec {
     QString typeName() const;
     // "tcp 127.0.0.1:10004", "serial /dev/ttyUSB0 @38400".
     QString describe() const;
+    // The link's name in captures and decoded lines, in the command line's
+    // own form with the baud rate always given: "tcp:127.0.0.1:10004",
+    // "serial:/dev/ttyUSB0@38400".
+    QString name() const;
 };
 
 #endif

@@ -4,20 +4,22 @@
 #include <QCommandLineOption>
 #include <QString>
 
+#include "optiongroup.h"
+
 class CommandJournal;
 class QCommandLineParser;
 
 // The station's command-line options for the command journal and the track:
 // deadlines for a command's confirmation per link, and a headless export of
 // the track from the telemetry history.
-class CockpitOptions
+class CockpitOptions : public OptionGroup
 {
 public:
     CockpitOptions();
 
-    void addTo(QCommandLineParser *parser) const;
+    void addTo(QCommandLineParser *parser) const override;
     // Reads the values; false with a one-line reason in error for a bad one.
-    bool read(const QCommandLineParser &parser, QString *error);
+    bool read(const QCommandLineParser &parser, QString *error) override;
     void applyTo(CommandJournal *journal) const;
 
     // Non-empty when the program is only to export the track and exit.

@@ -19,20 +19,14 @@ int main(int argc, char *argv[])
         "command, plots of the telemetry and the vehicle's track.");
     cli.acceptToolkitOptions();
     RecordingOptions recording;
-    recording.addTo(&cli.parser());
+    cli.addGroup(&recording);
     CockpitOptions cockpit;
-    cockpit.addTo(&cli.parser());
+    cli.addGroup(&cockpit);
     LinkOptions links(LinkOptions::WithGateway);
-    links.addTo(cli.parser());
+    cli.addGroup(&links);
     if (!cli.parse(argc, argv))
         return cli.exitCode();
     QString error;
-    if (!recording.read(cli.parser(), &error))
-        return cli.refuse(error);
-    if (!cockpit.read(cli.parser(), &error))
-        return cli.refuse(error);
-    if (!links.read(cli.parser(), &error))
-        return cli.refuse(error);
     if (!cockpit.exportTrack().isEmpty())
         return cockpit.runExport(&error) ? CommandLine::Success : cli.refuse(error);
 

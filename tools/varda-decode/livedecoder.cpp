@@ -38,7 +38,7 @@ LiveDecoder::LiveDecoder(const LinkSpec &spec, CapturePrinter *printer, QObject 
 bool LiveDecoder::open(QString *error)
 {
     if (m_spec.kind == LinkSpec::Serial) {
-        m_serial.setPortName(m_spec.host);
+        m_serial.setPortName(m_spec.device);
         m_serial.setBaudRate(m_spec.baud);
         if (m_serial.open(QIODevice::ReadWrite))
             return true;
