@@ -138,7 +138,11 @@ private slots:
         QCOMPARE(status->reconnects(), CYCLES - 1);
         QCOMPARE(openFiles(), fdFirst);
         qInfo("resident size %lld KiB at the first cycle, %lld KiB at the last", rssFirst, residentKiB());
+#ifndef __SANITIZE_ADDRESS__
+        // Under AddressSanitizer freed memory sits in its quarantine, so the
+        // resident size says nothing there; its leak check covers that build.
         QVERIFY(residentKiB() <= rssFirst + 2048);
+#endif
 
         // Closing the link makes the simulator log the last client's tally.
         const int closed = sim.log().count(" with a bad CRC");

@@ -271,7 +271,9 @@ QLabel *Cockpit::statusLabel() const
     return m_status;
 }
 
+Cockpit::~Cockpit() = default;
+
 QMenu *Cockpit::menu() const
 {
-    return m_menu;
+    return m_menu.get();
 }

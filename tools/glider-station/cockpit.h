@@ -8,6 +8,8 @@
 
 #include <stdint.h>
 
+#include <memory>
+
 #include "freshnessmonitor.h"
 
 class CommandGuard;
@@ -34,6 +36,7 @@ class Cockpit : public QObject
     Q_OBJECT
 public:
     Cockpit(MainWindow *radio, GatewaySettings *gateway, Glider *glider, QWidget *window);
+    ~Cockpit() override;
 
     static QString commandsPath();
     static QString telemetryPath();
@@ -80,7 +83,8 @@ private:
     TrackView *m_track;
     FreshnessPanel *m_freshnessPanel;
     QLabel *m_status;
-    QMenu *m_menu;
+    // A menu bar shows the menu but does not own it.
+    std::unique_ptr<QMenu> m_menu;
     QTimer m_tick;
 };
 
