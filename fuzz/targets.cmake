@@ -28,7 +28,7 @@ varda_fuzz_target(fuzz_sim_vehicle varda_sim_core)
 varda_fuzz_target(fuzz_sim_modem varda_sim_core)
 # --- main window ---
 varda_fuzz_target(fuzz_mainwindow_dispatch toolbox)
-varda_fuzz_target(fuzz_link_spec links)
+varda_fuzz_target(fuzz_link_address links)
 # --- session captures ---
 varda_fuzz_target(fuzz_capture_reader capture_wire)
 varda_fuzz_target(fuzz_stream_segmenter capture_wire)

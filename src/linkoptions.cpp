@@ -36,7 +36,7 @@ bool LinkOptions::read(const QCommandLineParser &parser, QString *error)
 {
     m_reconnect = parser.isSet(m_reconnect_option);
     m_has_link = parser.isSet(m_link_option);
-    if (m_has_link && !LinkSpec::parse(parser.value(m_link_option), &m_link, error))
+    if (m_has_link && !LinkAddress::parse(parser.value(m_link_option), &m_link, error))
         return false;
     if (m_gateway == WithGateway && parser.isSet(m_gateway_option)) {
         m_gateway_host = parser.value(m_gateway_option).trimmed();

@@ -4,7 +4,7 @@
 #include <QCommandLineOption>
 #include <QString>
 
-#include "linkspec.h"
+#include "linkaddress.h"
 
 #include "optiongroup.h"
 
@@ -37,7 +37,7 @@ private:
     QCommandLineOption m_reconnect_option;
     QCommandLineOption m_gateway_option;
     bool m_has_link = false;
-    LinkSpec m_link;
+    LinkAddress m_link;
     bool m_reconnect = false;
     QString m_gateway_host;
 };

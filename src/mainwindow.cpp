@@ -138,15 +138,15 @@ void MainWindow::buildLinkStatus()
     connect(&m_drain_timer, &QTimer::timeout, this, &MainWindow::drainLinks);
 }
 
-void MainWindow::openLink(const LinkSpec &spec)
+void MainWindow::openLink(const LinkAddress &address)
 {
-    linkTypeCombo->setCurrentText(spec.typeName());
-    if (spec.kind == LinkSpec::Serial) {
-        serialPortCombo->setCurrentText(spec.device);
-        serialBaudText->setText(QString::number(spec.baud));
+    linkTypeCombo->setCurrentText(address.typeName());
+    if (address.kind == LinkAddress::Serial) {
+        serialPortCombo->setCurrentText(address.device);
+        serialBaudText->setText(QString::number(address.baud));
     } else {
-        hostText->setText(spec.host);
-        portText->setText(QString::number(spec.port));
+        hostText->setText(address.host);
+        portText->setText(QString::number(address.port));
     }
     toggleConnection();
 }
@@ -162,20 +162,20 @@ LinkStatus *MainWindow::linkStatus() const
 }
 
 // The link as the fields describe it.
-LinkSpec MainWindow::linkInFields() const
+LinkAddress MainWindow::linkInFields() const
 {
-    LinkSpec spec;
+    LinkAddress address;
     const QString type = linkTypeCombo->currentText();
     if (type == QLatin1String(LINK_SERIAL)) {
-        spec.kind = LinkSpec::Serial;
-        spec.device = serialPortCombo ? serialPortCombo->currentText() : QString();
-        spec.baud = serialBaudText ? serialBaudText->text().toInt() : 0;
+        address.kind = LinkAddress::Serial;
+        address.device = serialPortCombo ? serialPortCombo->currentText() : QString();
+        address.baud = serialBaudText ? serialBaudText->text().toInt() : 0;
     } else {
-        spec.kind = type == QLatin1String(LINK_UDP) ? LinkSpec::Udp : LinkSpec::Tcp;
-        spec.host = hostText ? hostText->text() : QString();
-        spec.port = currentPort();
+        address.kind = type == QLatin1String(LINK_UDP) ? LinkAddress::Udp : LinkAddress::Tcp;
+        address.host = hostText ? hostText->text() : QString();
+        address.port = currentPort();
     }
-    return spec;
+    return address;
 }
 
 // A retry connects the handlers once only, so that reconnecting all night

@@ -17,7 +17,7 @@
 #include <memory>
 #include <stdint.h>
 
-#include "linkspec.h"
+#include "linkaddress.h"
 
 class BlinkSchedule;
 class IridiumTcp;
@@ -63,7 +63,7 @@ public:
 
     // Acts as if the operator had picked the link type, filled the fields
     // and pressed "Connect".
-    void openLink(const LinkSpec &spec);
+    void openLink(const LinkAddress &address);
     // Off by default: a lost link or a failed attempt is tried again after
     // 1 s, doubling to 30 s, until the operator disconnects.
     void setReconnect(bool enabled);
@@ -122,7 +122,7 @@ private:
     void appendTerminal(const QString &text);
     void setActiveStation(const QString &callsign);
     void buildLinkStatus();
-    LinkSpec linkInFields() const;
+    LinkAddress linkInFields() const;
     Qt::ConnectionType handlerConnection() const;
     void linkUp();
     void linkFailed(const QString &reason);

@@ -3,7 +3,7 @@
 // in this process over TCP on 127.0.0.1 (scripts/screenshots.sh runs it).
 #include <stdio.h>
 
-#include "linkspec.h"
+#include "linkaddress.h"
 #include "linkstatus.h"
 #include "mainwindow_harness.h"
 #include "stylesheet.h"
@@ -47,12 +47,12 @@ int main(int argc, char *argv[])
     WindowDriver driver;
     driver.window.resize(900, 700);
     driver.window.linkStatus()->setSilentAfter(3000);
-    LinkSpec spec;
-    if (!modem.open() || !LinkSpec::parse("tcp:127.0.0.1:" + modem.address, &spec, nullptr))
+    LinkAddress address;
+    if (!modem.open() || !LinkAddress::parse("tcp:127.0.0.1:" + modem.address, &address, nullptr))
         return 1;
 
     bool ok = grab(driver, directory, "none");
-    driver.window.openLink(spec);
+    driver.window.openLink(address);
     ok = ok && grab(driver, directory, "connecting") && modem.accept();
     for (int n = 0; n < 25; n++) {
         modem.send(rxFrame(uint8_t(110 + n % 20), 1, src(QString("ALPHA-%1").arg(n % 4), uint8_t(n))));

@@ -1,6 +1,6 @@
 #include "mainwindow_harness.h"
 
-#include "linkspec.h"
+#include "linkaddress.h"
 #include "linkstatus.h"
 #include "spp_host_qt.h"
 
@@ -17,13 +17,13 @@ QString labelText(const WindowDriver &driver)
     return driver.find<QLabel>("linkStatusLabel")->text();
 }
 
-LinkSpec specFor(const Modem &modem)
+LinkAddress addressFor(const Modem &modem)
 {
-    LinkSpec spec;
+    LinkAddress address;
     const QString text
         = modem.link == Modem::Serial ? "serial:" + modem.address : "tcp:127.0.0.1:" + modem.address;
-    LinkSpec::parse(text, &spec, nullptr);
-    return spec;
+    LinkAddress::parse(text, &address, nullptr);
+    return address;
 }
 
 // A port with nothing listening on it, right now.
@@ -71,9 +71,9 @@ private slots:
         QFETCH(QString, link);
         QFETCH(QString, shown);
         WindowDriver driver;
-        LinkSpec spec;
-        QVERIFY(LinkSpec::parse(link, &spec, nullptr));
-        driver.window.openLink(spec);
+        LinkAddress address;
+        QVERIFY(LinkAddress::parse(link, &address, nullptr));
+        driver.window.openLink(address);
         QTRY_VERIFY_WITH_TIMEOUT(labelText(driver).startsWith(shown), LINK_WAIT_MS);
         QCOMPARE(driver.connectText(), "Connect");
     }
@@ -93,7 +93,7 @@ private slots:
         WindowDriver driver;
         QVERIFY(modem.open());
         driver.window.setReconnect(true);
-        driver.window.openLink(specFor(modem));
+        driver.window.openLink(addressFor(modem));
         QVERIFY(modem.accept());
         QTRY_VERIFY(labelText(driver).contains(": up"));
 
@@ -119,9 +119,9 @@ private slots:
     {
         WindowDriver driver;
         driver.window.setReconnect(true);
-        LinkSpec spec;
-        QVERIFY(LinkSpec::parse(QString("tcp:127.0.0.1:%1").arg(closedPort()), &spec, nullptr));
-        driver.window.openLink(spec);
+        LinkAddress address;
+        QVERIFY(LinkAddress::parse(QString("tcp:127.0.0.1:%1").arg(closedPort()), &address, nullptr));
+        driver.window.openLink(address);
         QTRY_VERIFY_WITH_TIMEOUT(labelText(driver).contains("(attempt 1)"), LINK_WAIT_MS);
         driver.pressConnect();
         QVERIFY(labelText(driver).endsWith(": closed"));

@@ -1,6 +1,6 @@
 #include <QtTest>
 
-#include "linkspec.h"
+#include "linkaddress.h"
 #include "linkstatus.h"
 #include "reconnector.h"
 #include "spp_host_qt.h"
@@ -12,7 +12,7 @@ class tst_Links : public QObject
     Q_OBJECT
 
 private slots:
-    void linkSpec_data()
+    void linkAddress_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("described"); // empty: refused
@@ -66,22 +66,22 @@ private slots:
                                 << ""
                                 << "";
     }
-    void linkSpec()
+    void linkAddress()
     {
         QFETCH(QString, text);
         QFETCH(QString, described);
         QFETCH(QString, type);
-        LinkSpec spec;
+        LinkAddress address;
         QString error;
-        const bool ok = LinkSpec::parse(text, &spec, &error);
+        const bool ok = LinkAddress::parse(text, &address, &error);
         QCOMPARE(ok, !described.isEmpty());
         if (!ok) {
             QVERIFY(!error.isEmpty());
             QVERIFY(!error.contains('\n'));
             return;
         }
-        QCOMPARE(spec.describe(), described);
-        QCOMPARE(spec.typeName(), type);
+        QCOMPARE(address.describe(), described);
+        QCOMPARE(address.typeName(), type);
     }
 
     // Every state the label can show, in the order a flaky link goes

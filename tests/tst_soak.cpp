@@ -6,7 +6,7 @@
 
 #include "gatewaysettings.h"
 #include "gliderstation.h"
-#include "linkspec.h"
+#include "linkaddress.h"
 #include "linkstatus.h"
 #include "mainwindow.h"
 #include "simprocess.h"
@@ -117,10 +117,10 @@ private slots:
         window.show();
         LinkStatus *status = window.linkStatus();
         QSignalSpy states(status, &LinkStatus::stateChanged);
-        LinkSpec spec;
-        QVERIFY(LinkSpec::parse(link, &spec, nullptr));
+        LinkAddress address;
+        QVERIFY(LinkAddress::parse(link, &address, nullptr));
         window.setReconnect(true);
-        window.openLink(spec);
+        window.openLink(address);
 
         int fdFirst = 0;
         qint64 rssFirst = 0;

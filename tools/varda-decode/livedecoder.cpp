@@ -18,9 +18,9 @@ uint64_t nowUs()
 }
 } // namespace
 
-LiveDecoder::LiveDecoder(const LinkSpec &spec, CapturePrinter *printer, QObject *parent)
+LiveDecoder::LiveDecoder(const LinkAddress &address, CapturePrinter *printer, QObject *parent)
     : QObject(parent)
-    , m_spec(spec)
+    , m_address(address)
     , m_printer(printer)
     , m_segmenter([this](const uint8_t *data, size_t len) { printBlock(data, len); })
 {
@@ -37,24 +37,24 @@ LiveDecoder::LiveDecoder(const LinkSpec &spec, CapturePrinter *printer, QObject 
 
 bool LiveDecoder::open(QString *error)
 {
-    if (m_spec.kind == LinkSpec::Serial) {
-        m_serial.setPortName(m_spec.device);
-        m_serial.setBaudRate(m_spec.baud);
+    if (m_address.kind == LinkAddress::Serial) {
+        m_serial.setPortName(m_address.device);
+        m_serial.setBaudRate(m_address.baud);
         if (m_serial.open(QIODevice::ReadWrite))
             return true;
         *error = m_serial.errorString();
         return false;
     }
-    if (!m_peer.setAddress(m_spec.host)) {
-        const QHostInfo info = QHostInfo::fromName(m_spec.host);
+    if (!m_peer.setAddress(m_address.host)) {
+        const QHostInfo info = QHostInfo::fromName(m_address.host);
         if (info.error() != QHostInfo::NoError || info.addresses().isEmpty()) {
             *error = info.errorString();
             return false;
         }
         m_peer = info.addresses().constFirst();
     }
-    if (m_spec.kind == LinkSpec::Tcp) {
-        m_tcp.connectToHost(m_peer, m_spec.port);
+    if (m_address.kind == LinkAddress::Tcp) {
+        m_tcp.connectToHost(m_peer, m_address.port);
         if (m_tcp.waitForConnected(ConnectWaitMs))
             return true;
         *error = m_tcp.errorString();
@@ -96,7 +96,7 @@ void LiveDecoder::readSerial()
 
 void LiveDecoder::tickUdp()
 {
-    m_udp.writeDatagram(QByteArray(), m_peer, m_spec.port);
+    m_udp.writeDatagram(QByteArray(), m_peer, m_address.port);
 }
 
 void LiveDecoder::feed(const QByteArray &bytes)
@@ -108,7 +108,7 @@ void LiveDecoder::printBlock(const uint8_t *data, size_t len)
 {
     DecodedBlock block;
     block.time_us = nowUs();
-    block.link = m_spec.name().toStdString();
+    block.link = m_address.name().toStdString();
     block.dir = PCAPNG_DIR_IN;
     block.bytes.assign(data, data + len);
     BlockDecoder::decodeModem(data, len, &block);

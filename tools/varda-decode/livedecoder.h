@@ -9,7 +9,7 @@
 #include <QUdpSocket>
 
 #include "captureprinter.h"
-#include "linkspec.h"
+#include "linkaddress.h"
 #include "streamsegmenter.h"
 
 // Decodes a live modem link: every block of the bytes it receives, cut as
@@ -20,7 +20,7 @@ class LiveDecoder : public QObject
 {
     Q_OBJECT
 public:
-    LiveDecoder(const LinkSpec &spec, CapturePrinter *printer, QObject *parent = nullptr);
+    LiveDecoder(const LinkAddress &address, CapturePrinter *printer, QObject *parent = nullptr);
 
     // False with a message when the link cannot be opened.
     bool open(QString *error);
@@ -39,7 +39,7 @@ private:
     void feed(const QByteArray &bytes);
     void printBlock(const uint8_t *data, size_t len);
 
-    LinkSpec m_spec;
+    LinkAddress m_address;
     CapturePrinter *m_printer;
     StreamSegmenter m_segmenter;
     QTcpSocket m_tcp;

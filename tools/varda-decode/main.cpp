@@ -5,7 +5,7 @@
 
 #include "captureprinter.h"
 #include "commandline.h"
-#include "linkspec.h"
+#include "linkaddress.h"
 #include "livedecoder.h"
 #include "quitonsignal.h"
 
@@ -17,7 +17,7 @@ const int ExitLinkFailed = 1;
 const QCommandLineOption Format("format", "Output: jsonl (default) or csv.", "format", "jsonl");
 const QCommandLineOption Link("link",
     "Decode a live modem link until interrupted: tcp:HOST:PORT, udp:HOST:PORT or serial:DEVICE[@BAUD].",
-    "spec");
+    "address");
 
 int decodeFiles(const QStringList &files, CapturePrinter *printer)
 {
@@ -29,19 +29,19 @@ int decodeFiles(const QStringList &files, CapturePrinter *printer)
     return status;
 }
 
-int decodeLink(QCoreApplication *app, const LinkSpec &spec, CapturePrinter *printer)
+int decodeLink(QCoreApplication *app, const LinkAddress &address, CapturePrinter *printer)
 {
-    LiveDecoder decoder(spec, printer);
+    LiveDecoder decoder(address, printer);
     QString error;
     if (!decoder.open(&error)) {
-        fprintf(stderr, "varda-decode: %s: %s\n", qPrintable(spec.name()), qPrintable(error));
+        fprintf(stderr, "varda-decode: %s: %s\n", qPrintable(address.name()), qPrintable(error));
         return ExitLinkFailed;
     }
     setvbuf(stdout, nullptr, _IOLBF, 0); // a line as soon as its block is complete
     QuitOnSignal quit;
     int status = 0;
-    QObject::connect(&decoder, &LiveDecoder::lost, app, [&status, &spec](const QString &why) {
-        fprintf(stderr, "varda-decode: %s: %s\n", qPrintable(spec.name()), qPrintable(why));
+    QObject::connect(&decoder, &LiveDecoder::lost, app, [&status, &address](const QString &why) {
+        fprintf(stderr, "varda-decode: %s: %s\n", qPrintable(address.name()), qPrintable(why));
         status = ExitLinkFailed;
         QCoreApplication::quit();
     });
@@ -64,11 +64,11 @@ int main(int argc, char *argv[])
     if (format != QLatin1String("jsonl") && format != QLatin1String("csv"))
         return cli.refuse("the format is jsonl or csv");
     const QStringList files = cli.positionalArguments();
-    LinkSpec spec;
+    LinkAddress address;
     QString error;
     if (cli.isSet(Link) && !files.isEmpty())
         return cli.refuse("either --link or files, not both");
-    if (cli.isSet(Link) && !LinkSpec::parse(cli.value(Link), &spec, &error))
+    if (cli.isSet(Link) && !LinkAddress::parse(cli.value(Link), &address, &error))
         return cli.refuse(error);
     if (!cli.isSet(Link) && files.isEmpty())
         return cli.refuse("no capture file given");
@@ -77,7 +77,7 @@ int main(int argc, char *argv[])
         format == QLatin1String("csv") ? BlockFormatter::Csv : BlockFormatter::Jsonl, stdout);
     if (files.isEmpty()) {
         QCoreApplication app(argc, argv);
-        return decodeLink(&app, spec, &printer);
+        return decodeLink(&app, address, &printer);
     }
     return decodeFiles(files, &printer);
 }

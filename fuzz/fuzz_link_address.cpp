@@ -6,27 +6,27 @@
 #include <stdint.h>
 
 #include "fuzz_check.h"
-#include "linkspec.h"
+#include "linkaddress.h"
 
 using fuzz::check;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QString text = QString::fromUtf8(reinterpret_cast<const char *>(data), int(size));
-    LinkSpec spec;
+    LinkAddress address;
     QString error;
-    if (!LinkSpec::parse(text, &spec, &error)) {
+    if (!LinkAddress::parse(text, &address, &error)) {
         check(!error.isEmpty());
         check(!error.contains(QLatin1Char('\n')));
         return 0;
     }
-    if (spec.kind == LinkSpec::Serial) {
-        check(!spec.device.isEmpty());
-        check(spec.baud > 0);
+    if (address.kind == LinkAddress::Serial) {
+        check(!address.device.isEmpty());
+        check(address.baud > 0);
     } else {
-        check(!spec.host.isEmpty());
-        check(spec.port > 0);
+        check(!address.host.isEmpty());
+        check(address.port > 0);
     }
-    check(!spec.describe().isEmpty());
+    check(!address.describe().isEmpty());
     return 0;
 }

@@ -1,4 +1,4 @@
-#include "linkspec.h"
+#include "linkaddress.h"
 
 #include <QStringList>
 
@@ -16,7 +16,7 @@ bool fail(QString *error, const QString &text)
 }
 
 // "HOST:PORT" or "[V6HOST]:PORT".
-bool readEndpoint(const QString &text, LinkSpec *spec, QString *error)
+bool readEndpoint(const QString &text, LinkAddress *address, QString *error)
 {
     const int colon = text.lastIndexOf(QLatin1Char(':'));
     if (colon < 0)
@@ -31,13 +31,13 @@ bool readEndpoint(const QString &text, LinkSpec *spec, QString *error)
     if (!ok || port == 0 || port > 65535)
         return fail(error,
             QStringLiteral("the port is a number from 1 to 65535, not \"%1\"").arg(text.mid(colon + 1)));
-    spec->host = host;
-    spec->port = quint16(port);
+    address->host = host;
+    address->port = quint16(port);
     return true;
 }
 
 // "DEVICE" or "DEVICE@BAUD".
-bool readSerial(const QString &text, LinkSpec *spec, QString *error)
+bool readSerial(const QString &text, LinkAddress *address, QString *error)
 {
     const int at = text.lastIndexOf(QLatin1Char('@'));
     const QString device = at < 0 ? text : text.left(at);
@@ -49,20 +49,20 @@ bool readSerial(const QString &text, LinkSpec *spec, QString *error)
         if (!ok || baud <= 0)
             return fail(error,
                 QStringLiteral("the baud rate is a positive number, not \"%1\"").arg(text.mid(at + 1)));
-        spec->baud = baud;
+        address->baud = baud;
     }
-    spec->device = device;
+    address->device = device;
     return true;
 }
 
 } // namespace
 
-bool LinkSpec::parse(const QString &text, LinkSpec *spec, QString *error)
+bool LinkAddress::parse(const QString &text, LinkAddress *address, QString *error)
 {
     const int colon = text.indexOf(QLatin1Char(':'));
     const QString kind = text.left(colon).toLower();
     const QString rest = colon < 0 ? QString() : text.mid(colon + 1);
-    LinkSpec read;
+    LinkAddress read;
     if (colon < 0)
         return fail(error, QStringLiteral("not a link: \"%1\": %2").arg(text, QLatin1String(Usage)));
     if (kind == QLatin1String("tcp") || kind == QLatin1String("udp")) {
@@ -76,17 +76,17 @@ bool LinkSpec::parse(const QString &text, LinkSpec *spec, QString *error)
     } else {
         return fail(error, QStringLiteral("unknown link kind \"%1\": %2").arg(kind, QLatin1String(Usage)));
     }
-    *spec = read;
+    *address = read;
     return true;
 }
 
-QString LinkSpec::typeName() const
+QString LinkAddress::typeName() const
 {
     static const char *const Names[] = { "TCP", "UDP", "Serial" };
     return QLatin1String(Names[kind]);
 }
 
-QString LinkSpec::describe() const
+QString LinkAddress::describe() const
 {
     if (kind == Serial)
         return QStringLiteral("serial %1 @%2").arg(device).arg(baud);
@@ -96,7 +96,7 @@ QString LinkSpec::describe() const
         .arg(port);
 }
 
-QString LinkSpec::name() const
+QString LinkAddress::name() const
 {
     switch (kind) {
     case Tcp:

@@ -1,5 +1,5 @@
-#ifndef LINKSPEC_H
-#define LINKSPEC_H
+#ifndef LINKADDRESS_H
+#define LINKADDRESS_H
 
 #include <QString>
 
@@ -11,7 +11,7 @@
 //   serial:DEVICE@BAUD e.g. serial:/dev/ttyUSB0@115200
 //
 // An IPv6 host is written in brackets. The kind is case-insensitive.
-struct LinkSpec {
+struct LinkAddress {
     enum Kind { Tcp, Udp, Serial };
 
     static const int DefaultBaud = 38400;
@@ -22,10 +22,10 @@ struct LinkSpec {
     QString device; // serial
     qint32 baud = DefaultBaud;
 
-    // Reads text into *spec. Fails, leaving *spec alone and a one-line
+    // Reads text into *address. Fails, leaving *address alone and a one-line
     // reason in *error (when not null), on: an unknown kind, a missing host or device, a
     // port that is not 1..65535, a baud rate that is not a positive number.
-    static bool parse(const QString &text, LinkSpec *spec, QString *error);
+    static bool parse(const QString &text, LinkAddress *address, QString *error);
 
     // The link type as the window's link type chooser names it.
     QString typeName() const;
